@@ -426,6 +426,13 @@ struct ComponentRow {
   double q = 0;   // squared distance from the model plane, in prepared units
 };
 
+// The model's rows of one class.
+struct ComponentGroup {
+  std::string label;
+  std::size_t rows = 0;
+  std::vector<double> meanScores;  // one a kept component
+};
+
 struct PrincipalComponents {
   UsedData used;
   int supported = 0;  // components that rows and columns can support
@@ -436,6 +443,8 @@ struct PrincipalComponents {
   Grid loadings;                      // descriptors x kept, signs as the analysis returns them
   Grid explained;                     // descriptors x kept: cumulative fraction of the descriptor's variance, 0 ... 1
   std::vector<ComponentRow> rows;     // the model's in table order, then those only predicted
+  std::string classColumn;
+  std::vector<ComponentGroup> groups;  // in the order of first appearance, when a class column was named
   double level = 0.95;
   std::optional<double> t2Limit;  // k (n^2 - 1) / (n (n - k)) * F(level; k, n - k); absent when n <= k
   std::optional<double>

@@ -1,0 +1,16 @@
+// The data card in words, for every summary.
+#pragma once
+
+#include <studystats/host.h>
+
+#include <string>
+
+namespace studystats {
+
+std::string describedScaling(Scaling scaling);                        // "autoscaled (mean 0, sd 1)"
+std::string shownRow(const UsedData& used, const std::string& name);  // "wine 12", or "row 12" where rows are numbered
+std::string leftOutText(const UsedData& used);                        // "Not used: ...", "Row names: ..."
+std::string explainedData(const UsedData& used);                      // the first lines of --explain
+std::string sameAs(const SameInformation& same);                      // "fpsa1 = 1 - fnsa1"
+
+}  // namespace studystats
