@@ -18,6 +18,7 @@ inline Json jsonNumber(const std::optional<double>& value) { return value ? json
 Json jsonNumbers(std::span<const double> values);
 Json jsonGrid(const Grid& grid);  // a list of rows
 Json jsonRemarks(const std::vector<Remark>& remarks);
+Json jsonSame(const std::vector<SameInformation>& same);
 Json jsonUsed(const UsedData& used);
 std::string jsonText(const Json& json);  // indented, invalid UTF-8 replaced, a line end at the end
 
