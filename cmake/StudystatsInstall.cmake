@@ -52,6 +52,7 @@ install(FILES ${PROJECT_BINARY_DIR}/studystats-config.cmake ${PROJECT_BINARY_DIR
 
 # pkg-config: the prefix is found from where the file lies.
 file(RELATIVE_PATH STUDYSTATS_PREFIX_FROM_PC ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" STUDYSTATS_PREFIX_FROM_PC ${STUDYSTATS_PREFIX_FROM_PC})
 set(pc_names studystats)
 if(STUDYSTATS_BUILD_HOST)
   list(APPEND pc_names studystats_host)
