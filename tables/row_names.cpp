@@ -1,0 +1,27 @@
+#include "tables/row_names.h"
+
+#include "frame/argument_check.h"
+
+namespace studystats::core {
+
+void copyNames(const std::vector<std::string>& names, std::vector<std::string>* out, const char* operation) {
+  require(out != nullptr, operation);
+  *out = names;
+}
+
+void setRowsUsed(const std::vector<std::string>* rows, std::vector<std::string>& rowsUsed) {
+  require(rows != nullptr, "SetRowsUsed");
+  rowsUsed = *rows;
+}
+
+void getRowsUsed(const std::vector<std::string>& rowsUsed, std::vector<std::string>* out) {
+  copyNames(rowsUsed, out, "GetRowsUsed");
+}
+
+void getRowsUsed(const std::vector<std::string>& rowsUsed, NameSet* out) {
+  require(out != nullptr, "GetRowsUsed");
+  NameSet names(rowsUsed.begin(), rowsUsed.end());
+  out->swap(names);
+}
+
+}  // namespace studystats::core
