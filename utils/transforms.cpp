@@ -36,7 +36,7 @@ std::string shiftText(double shift) {
   Dvo::DvoFormat format("%1");
   format.Stream() << std::showpos;
   std::string text = format << shift;
-  return text.insert(1, " ");
+  return text.insert(1, 1, ' ');
 }
 
 }  // namespace
