@@ -1,0 +1,156 @@
+// Validation plan and subsets: systematic groups dealt along an order, or random subsets.
+#include "numeric/validation.h"
+
+#include <studystats/analyses.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <limits>
+
+#include "numeric/matrix_view.h"
+
+namespace studystats::core {
+
+std::int32_t cvMethod = 0;
+std::int32_t cvGroups = 0;
+float cvFraction = 0;
+std::int32_t cvFolds = 0;
+std::int32_t cvLeaveOut = 0;
+double cvPressWeight = 0;
+
+namespace {
+
+// Cut toward zero; negative and not-a-number give 0, what is too large the largest integer.
+std::int32_t truncated(float value) {
+  constexpr float kTooLarge = 2147483648.0F;
+  if (!(value > 0)) return 0;
+  return value < kTooLarge ? static_cast<std::int32_t>(value) : std::numeric_limits<std::int32_t>::max();
+}
+
+ValidationPlan randomPlan(std::int32_t n, std::int32_t groups, float fraction) {
+  ValidationPlan plan{};
+  if (groups > 0 && groups < n) {
+    plan.folds = std::max(2, truncated(fraction * static_cast<float>(groups)));
+    plan.leaveOut = truncated(static_cast<float>(std::int64_t{n} + groups - 1) / static_cast<float>(groups));
+  } else {
+    plan.folds = std::max(1, truncated(static_cast<float>(n) * fraction));
+    plan.leaveOut = 1;
+  }
+  plan.pressWeight = n / static_cast<double>(std::int64_t{plan.folds} * plan.leaveOut);
+  return plan;
+}
+
+// The subset of one fold, filled row by row from the top.
+struct Subset {
+  const double* source;
+  const std::int32_t* sourceTags;
+  double* rows;
+  std::int32_t* tags;
+  std::int32_t n;
+  std::int32_t m;
+  std::int32_t count = 0;
+
+  void clear() const {
+    for (std::int32_t j = 0; j < m; ++j) std::fill_n(Matrix{rows, n}.column(j), n, 0.0);
+    std::fill_n(tags, 2 * std::ptrdiff_t{n}, 0);
+  }
+
+  void append(std::int32_t row) {
+    const ConstMatrix from{source, n};
+    const Matrix to{rows, n};
+    for (std::int32_t j = 0; j < m; ++j) to(count, j) = from(row, j);
+    tags[count++] = sourceTags[row];
+  }
+
+  // A column at a time: the data are read and written in the order in which they lie.
+  void appendMarked(const std::int32_t* heldOut, std::int32_t mark) {
+    for (std::int32_t j = 0; j < m; ++j) {
+      const double* from = ConstMatrix{source, n}.column(j);
+      double* to = Matrix{rows, n}.column(j);
+      for (std::int32_t row = 0; row < n; ++row)
+        if (heldOut[row] == mark) *to++ = from[row];
+    }
+    for (std::int32_t row = 0; row < n; ++row)
+      if (heldOut[row] == mark) tags[count++] = sourceTags[row];
+  }
+};
+
+void trainOnOtherGroups(Subset& subset, const std::int32_t* order, std::int32_t* heldOut, const std::int32_t* usable,
+                        std::int32_t group) {
+  const std::int32_t folds = std::max(cvFolds, 1);
+  for (std::int32_t i = 0; i < subset.n; ++i) {
+    const bool namesRow = order[i] >= 1 && order[i] <= subset.n;
+    if (usable[i] == 1 && i % folds + 1 != group && namesRow) heldOut[order[i] - 1] = 0;
+  }
+  subset.appendMarked(heldOut, 0);
+}
+
+void trainOnDrawnRows(Subset& subset, std::int32_t* heldOut, const std::int32_t* usable) {
+  const std::int32_t n = subset.n;
+  const auto nUsable = n - std::count(usable, usable + n, 0);
+  const auto wanted = std::min<std::int64_t>(std::int64_t{n} - cvLeaveOut, nUsable);
+  // With one row left a draw finds it once in n: 64 n failures happen by chance once in e^64. A seed of large magnitude
+  // may begin with some hundred draws outside the rows.
+  const std::int64_t patience = 64 * std::int64_t{n} + 4096;
+  for (std::int64_t failures = 0; subset.count < wanted && failures < patience;) {
+    const auto row = static_cast<std::int64_t>(Nmrand(0) * static_cast<float>(n));
+    if (row < 0 || row >= n || heldOut[row] == 0 || usable[row] == 0) {
+      ++failures;
+      continue;
+    }
+    heldOut[row] = 0;
+    subset.append(static_cast<std::int32_t>(row));
+    failures = 0;
+  }
+}
+
+}  // namespace
+
+ValidationPlan planValidation(const ValidationSettings& settings, std::int32_t n) {
+  if (n < 1) return {.folds = 0, .leaveOut = 0, .pressWeight = 1.0};
+  if (settings.method != kSystematicGroups) return randomPlan(n, settings.groups, settings.fraction);
+  const std::int32_t folds = settings.groups < 1 ? n : std::min(n, settings.groups);
+  return {.folds = folds, .leaveOut = n / folds, .pressWeight = 1.0};
+}
+
+void VldPln(const std::int32_t* n) {
+  const ValidationPlan plan = planValidation({cvMethod, cvGroups, cvFraction}, *n);
+  cvFolds = plan.folds;
+  cvLeaveOut = plan.leaveOut;
+  cvPressWeight = plan.pressWeight;
+}
+
+void VldGrp(const double* source, const std::int32_t* sourceTags, double* subset, std::int32_t* subsetTags,
+            const std::int32_t* order, std::int32_t* heldOut, const std::int32_t* usable, const std::int32_t* n,
+            const std::int32_t* m, std::int32_t* count, std::int32_t* columnsOut, const std::int32_t* group,
+            const std::int32_t* code) {
+  if (*code == 5)
+    VldTrn(source, sourceTags, subset, subsetTags, order, heldOut, usable, n, m, count, group);
+  else if (*code == 6)
+    VldOut(source, sourceTags, subset, subsetTags, heldOut, n, m, count, columnsOut);
+}
+
+void VldTrn(const double* source, const std::int32_t* sourceTags, double* subset, std::int32_t* subsetTags,
+            const std::int32_t* order, std::int32_t* heldOut, const std::int32_t* usable, const std::int32_t* n,
+            const std::int32_t* m, std::int32_t* count, const std::int32_t* group) {
+  Subset training{source, sourceTags, subset, subsetTags, std::max(*n, 0), *m};
+  training.clear();
+  std::fill_n(heldOut, training.n, 1);
+  if (cvMethod == kSystematicGroups)
+    trainOnOtherGroups(training, order, heldOut, usable, *group);
+  else
+    trainOnDrawnRows(training, heldOut, usable);
+  *count = training.count;
+}
+
+void VldOut(const double* source, const std::int32_t* sourceTags, double* subset, std::int32_t* subsetTags,
+            const std::int32_t* heldOut, const std::int32_t* n, const std::int32_t* m, std::int32_t* count,
+            std::int32_t* columnsOut) {
+  Subset left{source, sourceTags, subset, subsetTags, std::max(*n, 0), *m};
+  left.clear();
+  *columnsOut = *m;
+  left.appendMarked(heldOut, 1);
+  *count = left.count;
+}
+
+}  // namespace studystats::core
