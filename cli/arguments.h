@@ -1,0 +1,41 @@
+// From the command line to the option structs of the library. A command's reader is one function; what several
+// commands share is read by the functions below.
+#pragma once
+
+#include <studystats/host.h>
+
+#include <string>
+#include <vector>
+
+#include "cli/command_line.h"
+#include "cli/outputs.h"
+#include "cli/values.h"
+
+namespace studystats::cli {
+
+// The tables of a run, the rows kept out among them.
+struct InputOptions {
+  std::string table;
+  ReadOptions read;
+  std::string testTable;           // --test
+  std::vector<RowRange> testRows;  // --test-rows: checked once the table is there
+};
+
+struct DescribeArguments {
+  InputOptions input;
+  DescribeOptions analysis;
+  std::vector<std::string> responses;  // must exist; described although --columns may not name them
+  std::string classColumn;
+  OutputOptions output;
+};
+
+struct PcaArguments {
+  InputOptions input;
+  PrincipalComponentsOptions analysis;
+  OutputOptions output;
+};
+
+DescribeArguments readDescribe(const CommandLine& line);
+PcaArguments readPca(const CommandLine& line);
+
+}  // namespace studystats::cli

@@ -1,0 +1,73 @@
+// One run of a command: reads the tables with a progress bar, and at the end shows and writes what was found.
+#pragma once
+
+#include <studystats/host.h>
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "cli/arguments.h"
+#include "cli/outputs.h"
+#include "cli/progress_bar.h"
+
+namespace studystats::cli {
+
+// Everything that a run shows and writes, computed before any of it appears.
+struct Report {
+  std::string summary;
+  std::string json;             // when asked for
+  std::vector<CsvFile> tables;  // when asked for
+  std::string rows;             // when asked for
+  std::vector<Remark> remarks;
+};
+
+class Run {
+ public:
+  // Throws BadOptions when an output could not be written.
+  Run(const std::string& command, const InputOptions& input, const OutputOptions& output);
+
+  void readTables();
+  const Table& table() const { return table_; }
+  void placeTestRows(TestRows& test);  // what --test and --test-rows named; `test` points into this object
+
+  // For the options of the analysis.
+  ProgressCallback progress();
+  static StopSignal stop();
+
+  int show(const std::string& text);  // --explain
+  template <class Result>
+  int finish(Result result);
+
+ private:
+  Table read(const std::string& path);
+  int deliver(const Report& report);
+  void sayRemarks(const std::vector<Remark>& remarks) const;
+
+  const InputOptions& input_;
+  const OutputOptions& output_;
+  std::vector<std::string> paths_;  // of the tables
+  ProgressBar bar_;
+  Table table_;
+  Table testTable_;
+  std::optional<TableView> testView_;
+};
+
+void print(std::string_view text);  // to standard output; a closed pipe ends it quietly
+
+template <class Result>
+int Run::finish(Result result) {
+  for (const Table* table : {&testTable_, &table_})
+    result.remarks.insert(result.remarks.begin(), table->remarks.begin(), table->remarks.end());
+  Report report;
+  if (!output_.jsonOnStandardOutput() && !output_.quiet) report.summary = summary(result, output_.text);
+  if (!output_.json.empty()) report.json = toJson(result);
+  if (!output_.tables.empty()) report.tables = toTables(result);
+  if constexpr (requires { rowsAsCsv(result); })
+    if (!output_.rows.empty()) report.rows = rowsAsCsv(result);
+  report.remarks = std::move(result.remarks);
+  return deliver(report);
+}
+
+}  // namespace studystats::cli
