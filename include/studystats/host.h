@@ -33,11 +33,11 @@ namespace studystats {
 
 // Where in the caller's material an error lies; what does not apply is 0 or empty.
 struct Where {
-  std::string file;       // as the caller named it
+  std::string file{};     // as the caller named it
   std::int64_t line = 0;  // in the file, from 1
   int column = 0;         // of the table, from 1
-  std::string cell;       // its text
-  std::string option;     // as the command spells it, "--columns"
+  std::string cell{};     // its text
+  std::string option{};   // as the command spells it, "--columns"
 };
 
 // What every failure here is. what() is one clear sentence for the person who reads it, then what to try.
@@ -97,9 +97,9 @@ enum class Severity {
 // Something to tell the user. `code` is stable, so that an application can translate or suppress it.
 struct Remark {
   Severity severity = Severity::Note;
-  std::string code;                // "duplicate-columns", "rows-dropped", ...
-  std::string text;                // what was seen, what it means, what to try
-  std::vector<std::string> names;  // columns or rows that it is about
+  std::string code{};                // "duplicate-columns", "rows-dropped", ...
+  std::string text{};                // what was seen, what it means, what to try
+  std::vector<std::string> names{};  // columns or rows that it is about
 };
 STUDYSTATS_API std::ostream& operator<<(std::ostream& out, const Remark& remark);  // "warning: ..." or "note: ..."
 
@@ -140,18 +140,18 @@ enum class ColumnKind { Numeric, Text };
 struct StrayCell {
   std::size_t row = 0;    // from 0
   std::int64_t line = 0;  // in the file, from 1
-  std::string text;
+  std::string text{};
 };
 
 // A column of a table that was read. Missing cells are not-a-number, or empty text.
 struct TableColumn {
-  std::string name;
+  std::string name{};
   ColumnKind kind = ColumnKind::Numeric;
-  std::vector<double> numbers;     // when numeric
-  std::vector<std::string> texts;  // when text: blanks at both ends trimmed, otherwise as written
-  std::size_t strayCount = 0;      // text, but at least 90 % of its cells are numbers: how many are not ...
-  std::vector<StrayCell> strays;   // ... and the first few of them
-  bool askedAsText = false;        // text because ReadOptions::asText named it
+  std::vector<double> numbers{};     // when numeric
+  std::vector<std::string> texts{};  // when text: blanks at both ends trimmed, otherwise as written
+  std::size_t strayCount = 0;        // text, but at least 90 % of its cells are numbers: how many are not ...
+  std::vector<StrayCell> strays{};   // ... and the first few of them
+  bool askedAsText = false;          // text because ReadOptions::asText named it
 };
 
 // A table in memory: named columns of one length.
@@ -168,13 +168,12 @@ class STUDYSTATS_API Table {
 };
 
 struct ReadOptions {
-  char delimiter = '\0';               // '\0': detected among comma, semicolon, tab and |
-  char decimal = '\0';                 // '\0': detected, point or comma
-  std::vector<std::string> missingAs;  // further texts that mean missing
-  std::vector<std::string>
-      asText;  // columns whose cells are kept as written though they are numbers (classes, row names)
-  ProgressCallback progress;
-  StopSignal stop;
+  char delimiter = '\0';                 // '\0': detected among comma, semicolon, tab and |
+  char decimal = '\0';                   // '\0': detected, point or comma
+  std::vector<std::string> missingAs{};  // further texts that mean missing
+  std::vector<std::string> asText{};     // columns whose cells are kept as written even if numbers (classes, row names)
+  ProgressCallback progress{};
+  StopSignal stop{};
 };
 
 // Reads a delimited text file; "-" is standard input. First row headings, RFC 4180 quoting, any line ends, a UTF-8
@@ -189,12 +188,12 @@ STUDYSTATS_API Table parseTable(std::string_view text, const std::string& name, 
 class STUDYSTATS_API TableView {
  public:
   struct Column {
-    std::string name;
+    std::string name{};
     ColumnKind kind = ColumnKind::Numeric;
-    std::span<const double> numbers;
-    std::span<const std::string> texts;
+    std::span<const double> numbers{};
+    std::span<const std::string> texts{};
     std::size_t strayCount = 0;
-    std::span<const StrayCell> strays;
+    std::span<const StrayCell> strays{};
     bool askedAsText = false;
 
     bool missing(std::size_t row) const;
@@ -246,7 +245,7 @@ struct Missing {
 // A column replaced by a function of (value + shift); a value outside the function's domain becomes missing.
 struct Transform {
   enum class Kind { Ln, Log10, Sqrt, Square, Cube, Exp, Reciprocal };
-  std::string column;
+  std::string column{};
   Kind kind = Kind::Ln;
   double shift = 0;
 };
@@ -255,28 +254,28 @@ struct Transform {
 struct Derivation {
   enum class Kind { CrossProducts, Squares, Quadratic, Cubes, Cubic };
   Kind kind = Kind::Squares;
-  std::vector<std::string> columns;  // patterns as in DataOptions
+  std::vector<std::string> columns{};  // patterns as in DataOptions
 };
 
 // Rows kept out of the model and only predicted.
 struct TestRows {
-  std::vector<std::size_t> rows;     // of the table, from 0
-  std::string column;                // or the rows whose cell of this column ...
-  std::string value;                 // ... has this value
+  std::vector<std::size_t> rows{};   // of the table, from 0
+  std::string column{};              // or the rows whose cell of this column ...
+  std::string value{};               // ... has this value
   const TableView* table = nullptr;  // or the rows of another table, columns by name
 };
 
 // What is taken from the table. A column pattern is a literal name first, then a glob ("vsa_*", "x?"), or a range in
 // table order ("A..B"); one that matches nothing is an error with the nearest name.
 struct DataOptions {
-  std::vector<std::string> columns;  // descriptors; empty: every numeric column with no other use
-  std::vector<std::string> exclude;
-  std::string id;  // the column that names the rows; empty: the first text column without repeats
-  Missing missing;
+  std::vector<std::string> columns{};  // descriptors; empty: every numeric column with no other use
+  std::vector<std::string> exclude{};
+  std::string id{};  // the column that names the rows; empty: the first text column without repeats
+  Missing missing{};
   Scaling scaling = Scaling::Autoscale;
-  std::vector<Transform> transforms;
-  std::vector<Derivation> derivations;
-  TestRows test;
+  std::vector<Transform> transforms{};
+  std::vector<Derivation> derivations{};
+  TestRows test{};
 };
 
 // A row or a column that was not used.
@@ -341,11 +340,11 @@ enum class Role {
 // ---- Describing a table ---------------------------------------------------------------------------------------------
 
 struct DescribeOptions {
-  std::vector<std::string> columns;  // patterns; empty: all
-  std::vector<std::string> exclude;
-  std::string id;
-  ProgressCallback progress;
-  StopSignal stop;
+  std::vector<std::string> columns{};  // patterns; empty: all
+  std::vector<std::string> exclude{};
+  std::string id{};
+  ProgressCallback progress{};
+  StopSignal stop{};
 };
 
 struct ColumnSummary {
@@ -404,11 +403,11 @@ STUDYSTATS_API Description describe(const TableView& table, const DescribeOption
 struct PrincipalComponentsOptions {
   int components = 0;   // kept in output and limits; 0: the smallest number with 80 % explained, 2 ... 10
   double level = 0.95;  // of the limits
-  std::vector<std::string> responses;  // kept out of the analysis and carried along
-  std::string classColumn;             // kept out of the analysis and carried along
-  DataOptions data;
-  ProgressCallback progress;
-  StopSignal stop;
+  std::vector<std::string> responses{};  // kept out of the analysis and carried along
+  std::string classColumn{};             // kept out of the analysis and carried along
+  DataOptions data{};
+  ProgressCallback progress{};
+  StopSignal stop{};
 };
 
 struct Component {
