@@ -7,8 +7,9 @@
 // Columns and rows go by name, and where a number is needed it counts from 0. Results are values: they own what they
 // hold and never point into a table. Not-a-number stands only where a cell truly is none; what can be absent is
 // std::optional. Nothing here writes to a stream: what is worth saying stands in `remarks`, what went wrong is thrown
-// as an Error. Functions may be called from any thread; an analysis that validates holds a lock of this library's while
-// it runs.
+// as an Error. Options take designated initialisers: what has a default may be left out (members of class type carry {}
+// so that g++ -Wextra agrees). Functions may be called from any thread; an analysis that validates holds a lock of this
+// library's while it runs.
 #pragma once
 
 #include <cstddef>
