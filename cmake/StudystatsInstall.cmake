@@ -27,11 +27,7 @@ if(STUDYSTATS_BUILD_HOST)
   string(REPLACE "${LIBCSV}" "$<BUILD_INTERFACE:${LIBCSV}>$<INSTALL_INTERFACE:studystats::csv>" needs "${needs}")
   set_target_properties(studystats_host_static PROPERTIES INTERFACE_LINK_LIBRARIES "${needs}")
 
-  if(TARGET studystats_cli)
-    file(RELATIVE_PATH libraries_from_command ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
-    set_target_properties(studystats_cli PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries_from_command}")
-    install(TARGETS studystats_cli DESTINATION ${CMAKE_INSTALL_BINDIR})
-  endif()
+  install(TARGETS studystats_command DESTINATION ${CMAKE_INSTALL_BINDIR})
   # The command writes its manual page and completions itself, while it is built.
   install(DIRECTORY ${PROJECT_BINARY_DIR}/share/ DESTINATION ${CMAKE_INSTALL_DATADIR} OPTIONAL)
 endif()
