@@ -98,7 +98,9 @@ void PcaCore(const double* data, const std::int32_t* nRows, const std::int32_t* 
   *status = kSingular;
   if (n < 1 || p < 1) return;
 
-  Scratch<double> crossProducts(area(p, p)), means(p), work1(p), work2(p);
+  Scratch<double> crossProducts(area(p, p));
+  const std::int32_t length = crossProducts ? p : 0;  // gigabytes of vectors are no use without their matrix
+  Scratch<double> means(length), work1(length), work2(length);
   if (!obtained(crossProducts, means, work1, work2)) {
     *status = kNoScratch;
     return;
