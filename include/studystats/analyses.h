@@ -2,8 +2,8 @@
  *
  * Conventions of every entry point
  *
- * - Matrices are dense and column-major; element (i, j), counted from 1, lies at index (j - 1) * ld + (i - 1), where ld,
- *   the leading dimension, is the number of rows that the argument's shape names.
+ * - Matrices are dense and column-major; element (i, j), counted from 1, lies at index (j - 1) * ld + (i - 1), where
+ * ld, the leading dimension, is the number of rows that the argument's shape names.
  * - All arrays belong to the caller, who allocates the outputs at the shapes given. Inputs are only read; inputs and
  *   outputs must not overlap. No address may be null unless its argument says so.
  * - "in" is read, "out" is written. Units are those of the data; a variance is in their square.
@@ -47,7 +47,8 @@ extern "C" {
  * The analyses that draw random validation folds use the same sequence, so a host that wants repeatable folds calls
  * Nmrrst, or Nmrand with a negative seed, before the analysis.
  *
- * Source: Knuth's subtractive method, as published in Press et al., Numerical Recipes, 2nd ed. (1992), section 7.1 (ran3).
+ * Source: Knuth's subtractive method, as published in Press et al., Numerical Recipes, 2nd ed. (1992), section 7.1
+ * (ran3).
  */
 STUDYSTATS_API float Nmrand(int32_t seed);
 
@@ -59,7 +60,8 @@ STUDYSTATS_API int32_t Nmrrst(void);
  */
 
 /* Principal components of the covariance matrix of a data block: n = nRows samples in rows, p = nVars variables in
- * columns. The variables are taken as they are passed; for components of the correlation matrix pass autoscaled columns.
+ * columns. The variables are taken as they are passed; for components of the correlation matrix pass autoscaled
+ * columns.
  *
  *   argument       dir  shape  meaning
  *   data           in   n x p  the data block
@@ -69,10 +71,10 @@ STUDYSTATS_API int32_t Nmrrst(void);
  *   eigenvalues    out  p      variances of the components, largest first; those that rounding made negative are 0
  *   eigenvectors   out  p x p  column k holds the loadings of component k, of unit length. The sign of a column is the
  *                              eigensolver's; the scores carry the same sign
- *   covariance     out  p x p  covariances of the variables, divisor n - 1, both triangles. With n = 1 it is not written:
- *                              what the caller left in its lower triangle is decomposed instead
- *   cumExplained   out  p x p  entry (j, k): sum over components 1 ... k of loading(j)^2 * variance, capped at 1 in every
- *                              step. With autoscaled data, the fraction of the variance of variable j that they explain
+ *   covariance     out  p x p  covariances of the variables, divisor n - 1, both triangles. With n = 1 it is not
+ *                              written: what the caller left in its lower triangle is decomposed instead
+ *   cumExplained   out  p x p  entry (j, k): sum over components 1 ... k of loading(j)^2 * variance, capped at 1 in
+ *                              every step. With autoscaled data, the fraction of variable j's variance explained
  *   scores         out  n x p  entry (i, k): sum over j of data(i, j) * eigenvectors(j, k). The data enter uncentred;
  *                              subtract scoreMeans for centred scores
  *   scoreMeans     out  p      mean of each column of scores
@@ -81,8 +83,8 @@ STUDYSTATS_API int32_t Nmrrst(void);
  *
  *   status   meaning
  *   0        success
- *   1 ... p  the eigensolver found no convergence for the eigenvalue of that number. covariance is written, eigenvalues and
- *            eigenvectors hold partial results, the other outputs are not written
+ *   1 ... p  the eigensolver found no convergence for the eigenvalue of that number. covariance is written,
+ *            eigenvalues and eigenvectors hold partial results, the other outputs are not written
  *   1        also: no samples or no variables (n < 1 or p < 1). Nothing else is written
  *   5        also: scratch memory (about 8 * p * p bytes) could not be obtained. Nothing else is written
  *
