@@ -145,7 +145,7 @@ std::string groupTable(const PrincipalComponents& result) {
 }  // namespace
 
 std::string summary(const PrincipalComponents& result, const TextOptions& options) {
-  return wrapped("", fmt::format("Principal components of {}: {}, {}, {}", result.used.table,
+  return wrapped("", fmt::format("Principal components of {}: {}, {}, {}", shownTable(result.used),
                                  counted(result.used.rows.size(), "row", "rows"),
                                  counted(result.used.descriptors.size(), "descriptor", "descriptors"),
                                  describedScaling(result.used.scaling))) +

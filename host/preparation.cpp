@@ -216,7 +216,7 @@ void setAsideRepeats(Block& block, UsedData& used, std::vector<Remark>& remarks)
       gone[j] = true;
       constants.push_back(block.columns[j].name);
       used.droppedColumns.push_back(
-          {block.columns[j].name, column.empty() ? "constant" : fmt::format("constant (all {})", exact(column[0]))});
+          {block.columns[j].name, column.empty() ? "constant" : fmt::format("constant, all {}", exact(column[0]))});
     } else {
       varying.push_back(j);
       cells.push_back(std::move(column));

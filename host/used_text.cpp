@@ -52,6 +52,8 @@ std::string describedScaling(Scaling scaling) {
   return {};
 }
 
+std::string shownTable(const UsedData& used) { return used.table.substr(used.table.find_last_of('/') + 1); }
+
 std::string shownRow(const UsedData& used, const std::string& name) {
   const bool number =
       !name.empty() && std::all_of(name.begin(), name.end(), [](char c) { return c >= '0' && c <= '9'; });

@@ -63,6 +63,11 @@ void divideBy(double divisor, ConstMatrix from, std::int32_t p, Matrix to) {
     for (int i = 0; i < p; ++i) to(i, j) = from(i, j) / divisor;
 }
 
+void mirrorLowerTriangle(std::int32_t p, Matrix a) {
+  for (int j = 0; j < p; ++j)
+    for (int i = j + 1; i < p; ++i) a(j, i) = a(i, j);
+}
+
 // explained(j, k) = min(1, explained(j, k - 1) + loadings(j, k)^2 * variances(k)); a not-a-number stays one.
 void accumulateExplained(ConstMatrix loadings, const double* variances, std::int32_t p, Matrix explained) {
   for (int k = 0; k < p; ++k)
@@ -123,7 +128,10 @@ void PcaCore(const double* data, const std::int32_t* nRows, const std::int32_t* 
   // 4. Scores of the samples.
   PcaScr(data, &p, &n, eigenvectors, scores, scoreMeans, scoreStdDevs);
 
-  // 5. As many components as the data can support.
+  // 5. Both triangles of the covariances, those of a caller's single sample included.
+  mirrorLowerTriangle(p, {covariance, p});
+
+  // 6. As many components as the data can support.
   *nComponents = n > p ? p : n - 1;
 }
 
