@@ -3,8 +3,6 @@
 
 #include <fmt/format.h>
 
-#include "numeric/multiversion.h"
-
 namespace studystats {
 namespace {
 
@@ -14,7 +12,7 @@ constexpr const char* kCompiler = "clang " __clang_version__;
 constexpr const char* kCompiler = "g++ " __VERSION__;
 #endif
 
-// The kernels' version that the loader took on this machine. Mirrors STUDYSTATS_MULTIVERSION's list.
+// The version of the library's kernels that the loader took on this machine.
 std::string kernels() {
 #if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(STUDYSTATS_ONE_VERSION)
   __builtin_cpu_init();

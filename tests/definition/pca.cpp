@@ -50,6 +50,8 @@ void principalComponents(const double* data, std::int32_t n, std::int32_t p, std
     if (n > 1) ss = ss / (n - 1);
     scoreStdDevs[k] = std::sqrt(ss) == 0 ? 1 : std::sqrt(ss);
   }
+  for (int j = 0; j < p; ++j)
+    for (int i = j; i < p; ++i) c(j, i) = c(i, j);
   *nComponents = n > p ? p : n - 1;
 }
 
