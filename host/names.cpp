@@ -131,7 +131,7 @@ class Matcher {
   [[noreturn]] void refuseBackwards(std::string_view pattern, std::size_t from, std::size_t to) const {
     const std::string& first = table_.columns()[to].name;
     const std::string& last = table_.columns()[from].name;
-    throw BadOptions(fmt::format("{} {}: in {} \"{}\" stands before \"{}\". Try {}..{}", option_, pattern,
+    throw BadOptions(fmt::format("{} {}: in {} \"{}\" stands before \"{}\". Try {}..{}.", option_, pattern,
                                  table_.name(), first, last, first, last),
                      {.file = table_.name(), .option = std::string(option_)});
   }
