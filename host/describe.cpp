@@ -3,9 +3,6 @@
 
 #include "host/block.h"
 #include "host/names.h"
-#include "host/text.h"
-
-#include <fmt/format.h>
 
 #include <algorithm>
 #include <string_view>
@@ -44,7 +41,8 @@ void describeRowNames(const TableView& table, const TableView::Column* id, Descr
   rowNames(table, id, description.remarks);  // tells of repeats
 }
 
-// What every analysis would warn of: columns that are almost numeric, and those that only count the rows.
+// What every analysis would warn of: columns that only count the rows. Of those that are almost numeric the reader of
+// the table has told.
 void remarkOnColumns(const TableView& table, const DescribeOptions& options, const TableView::Column* id,
                      const DescribedColumns& chosen, Description& description) {
   DataOptions data;
@@ -55,7 +53,7 @@ void remarkOnColumns(const TableView& table, const DescribeOptions& options, con
   for (Remark& remark : remarks) {
     const bool about = std::any_of(chosen.begin(), chosen.end(),
                                    [&](const TableView::Column* column) { return column->name == remark.names[0]; });
-    if (about) description.remarks.push_back(std::move(remark));
+    if (about && remark.code != "almost-numeric") description.remarks.push_back(std::move(remark));
   }
 }
 
@@ -79,17 +77,6 @@ void sortHardlyVarying(Description& description) {
     share[column.name] = static_cast<double>(column.mostCommon) / static_cast<double>(column.count);
   std::stable_sort(description.hardlyVary.begin(), description.hardlyVary.end(),
                    [&](const std::string& a, const std::string& b) { return share[a] > share[b]; });
-}
-
-void remarkOnEmpty(Description& description) {
-  std::vector<std::string> empty;
-  for (const ColumnSummary& column : description.columns)
-    if (column.count == 0) empty.push_back(column.name);
-  if (empty.empty() || description.rows == 0) return;
-  description.remarks.push_back(
-      {Severity::Note, "empty-columns",
-       fmt::format("{} without a single value: {}.", counted(empty.size(), "column is", "columns are"), listed(empty)),
-       empty});
 }
 
 }  // namespace
@@ -120,7 +107,6 @@ Description describe(const TableView& table, const DescribeOptions& options) {
                  static_cast<std::int64_t>(chosen.size()));
   }
   sortHardlyVarying(description);
-  remarkOnEmpty(description);
 
   // 3. Missing cells, repeats and correlations.
   describeMissing(numeric, description);

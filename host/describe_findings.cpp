@@ -19,23 +19,7 @@ constexpr double kVeryRelated = 0.95;
 constexpr std::size_t kListed = 8;       // findings of a kind, unless all are asked for
 constexpr std::size_t kNamedPairs = 4;   // correlated pairs that are named rather than counted
 constexpr std::size_t kShortNumber = 6;  // characters of a number that makes a readable formula
-
-const ColumnSummary& columnOf(const Description& description, const std::string& name) {
-  return *std::find_if(description.columns.begin(), description.columns.end(),
-                       [&](const ColumnSummary& column) { return column.name == name; });
-}
-
-// As the command line wants it: quoted when a shell would take it apart.
-std::string forShell(const std::string& argument) {
-  const auto plain = [](unsigned char c) {
-    return std::isalnum(c) || c >= 0x80 ||
-           std::string_view("_.,+-/:=@%").find(static_cast<char>(c)) != std::string::npos;
-  };
-  if (!argument.empty() && std::all_of(argument.begin(), argument.end(), plain)) return argument;
-  std::string quoted = "'";
-  for (const char c : argument) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-  return quoted + "'";
-}
+constexpr double kNames = 0.9;           // share of different texts from which a column seems to name the rows
 
 // Three decimals, or as many as keep it from reading 1: 0.987, 0.99997.
 std::string correlationText(double r) {
@@ -45,11 +29,19 @@ std::string correlationText(double r) {
   return std::abs(r) < 1 ? fixed(r, decimals) : fixed(r, 0);
 }
 
+// A number of a formula; empty when it cannot be written short.
+std::string shortNumber(double value, std::size_t most) {
+  const std::string text = brief(value, 10);
+  const bool exactEnough = std::abs(std::stod(text) - value) <= 1e-13 * std::abs(value);
+  return exactEnough && text.size() <= most ? text : std::string();
+}
+
 // "1 - x", "0.001 * x"; empty when its numbers are long.
 std::string expression(double shift, double scale, const std::string& name) {
-  const std::string magnitude = exact(std::abs(scale)), constant = exact(shift);
   const bool unit = std::abs(scale) == 1;
-  if ((!unit && magnitude.size() > kShortNumber) || constant.size() > (unit ? 2 : 1) * kShortNumber) return {};
+  const std::string magnitude = shortNumber(std::abs(scale), kShortNumber);
+  const std::string constant = shortNumber(shift, unit ? 2 * kShortNumber : kShortNumber);
+  if (magnitude.empty() || constant.empty()) return {};
   const std::string term = unit ? name : magnitude + " * " + name;
   if (shift == 0) return (scale < 0 ? "-" : "") + term;
   return constant + (scale < 0 ? " - " : " + ") + term;
@@ -120,22 +112,48 @@ std::vector<std::string> hardlyVarying(const Description& description) {
   return items;
 }
 
-std::vector<std::string> related(const Description& description, bool all) {
+// "31 pairs of columns with |r| > 0.95, 73 pairs with |r| > 0.90"
+std::string relatedCounts(const Description& description) {
   const std::size_t total = description.related.size();
   const auto very = static_cast<std::size_t>(
       std::count_if(description.related.begin(), description.related.end(),
                     [](const RelatedColumns& pair) { return std::abs(pair.r) > kVeryRelated; }));
-  const auto pairs = [&](std::size_t n, const char* what) {
-    return (n == kMostRelated ? "at least " : "") + counted(n, "pair") + what;
+  const auto pairs = [](std::size_t n) {
+    return fmt::format("{}{}", n == kMostRelated ? "at least " : "", counted(n, "pair"));
   };
+  if (total == very) return fmt::format("{} of columns with |r| > 0.95", pairs(very));
+  if (very == 0) return fmt::format("{} of columns with |r| > 0.90", pairs(total));
+  return fmt::format("{} of columns with |r| > 0.95, {} with |r| > 0.90", pairs(very), pairs(total));
+}
+
+std::vector<std::string> relatedPairs(const Description& description) {
   std::vector<std::string> items;
-  if (very > 0) items.push_back(pairs(very, " of columns with |r| > 0.95"));
-  if (total > very) items.push_back(pairs(total, very > 0 ? " with |r| > 0.90" : " of columns with |r| > 0.90"));
-  if (total > kNamedPairs && !all) return items;
   for (const RelatedColumns& pair : description.related)
     items.push_back(fmt::format("{} and {} (r {})", pair.first, pair.second, correlationText(pair.r)));
   return items;
 }
+
+std::vector<std::string> emptyColumns(const Description& description) {
+  std::vector<std::string> names;
+  for (const ColumnSummary& column : description.columns)
+    if (column.count == 0 && description.rows > 0) names.push_back(column.name);
+  return names;
+}
+
+// A column that names the rows, or seems to, but not each by a name of its own.
+std::vector<std::string> repeatedNames(const Description& description) {
+  std::vector<std::string> items;
+  for (const ColumnSummary& column : description.columns) {
+    const bool id = column.name == description.idColumn;
+    const bool seems = description.idColumn.empty() && column.kind == ColumnKind::Text && column.strayCount == 0 &&
+                       static_cast<double>(column.different) >= kNames * static_cast<double>(description.rows);
+    if ((id || seems) && column.different < description.rows)
+      items.push_back(fmt::format("{} ({} different in {} rows)", column.name, column.different, description.rows));
+  }
+  return items;
+}
+
+std::string label(std::string_view what) { return fmt::format("  {:<18} ", what); }
 
 std::string finding(std::string_view what, std::vector<std::string> items, std::string_view separator, bool all) {
   if (items.empty()) return {};
@@ -144,76 +162,27 @@ std::string finding(std::string_view what, std::vector<std::string> items, std::
     items.resize(kListed);
     items.push_back(fmt::format("{} more", more));
   }
-  return wrappedItems(fmt::format("  {:<18} ", what), items, separator);
+  return wrappedItems(label(what), items, separator);
+}
+
+// How many pairs; the pairs themselves when they are few.
+std::string relatedText(const Description& description, bool all) {
+  if (description.related.empty()) return {};
+  const bool named = all || description.related.size() <= kNamedPairs;
+  std::string text = wrapped(label("strongly related"), relatedCounts(description) + (named ? ":" : ""));
+  if (named) text += wrappedItems(label(""), relatedPairs(description), ";  ");
+  return text;
 }
 
 }  // namespace
 
-std::string missingText(const Description& description) {
-  if (description.cellsMissing == 0) return {};
-  std::vector<const ColumnSummary*> gapped;
-  for (const ColumnSummary& column : description.columns)
-    if (column.kind == ColumnKind::Numeric && column.missing > 0 && column.count > 0 &&
-        column.name != description.idColumn)
-      gapped.push_back(&column);
-  std::stable_sort(gapped.begin(), gapped.end(),
-                   [](const ColumnSummary* a, const ColumnSummary* b) { return a->missing > b->missing; });
-  std::vector<std::string> counts;
-  for (const ColumnSummary* column : gapped) counts.push_back(fmt::format("{} {}", column->name, column->missing));
-
-  std::string text =
-      fmt::format("{} in {}", counted(description.cellsMissing, "cell"), counted(description.rowsWithMissing, "row"));
-  const auto& together = description.missingTogether;
-  if (gapped.size() == 1)
-    text += ", all in " + gapped[0]->name;
-  else
-    text += ": " + listed(counts);
-  if (gapped.size() == 2) text += together.empty() ? ", never both" : ", both in " + counted(together[0].rows, "row");
-  text += ".\n";
-  if (gapped.size() > 2 && !together.empty()) {
-    text += "Together: ";
-    for (std::size_t i = 0; i < std::min<std::size_t>(together.size(), 3); ++i)
-      text += fmt::format("{}{} and {} in {}", i > 0 ? ", " : "", together[i].first, together[i].second,
-                          counted(together[i].rows, "row"));
-    text += ".\n";
-  }
-
-  const std::size_t complete = description.rows - description.rowsWithMissing;
-  const bool refused = 2 * complete < description.rows;
-  text += fmt::format("An analysis of all columns {} {} of {} rows (--missing drop-rows, the default)",
-                      refused ? "is refused, as it would keep" : "keeps", complete, description.rows);
-  if (!description.withoutColumn.empty()) {
-    const auto& best = description.withoutColumn.front();
-    text += fmt::format(";\nwithout {} it {} {} (--exclude {})", best.column, refused ? "would keep" : "keeps",
-                        best.rowsKept, forShell(best.column));
-  }
-  return wrapped("Missing     ", text + ".");
-}
-
-std::string codesText(const Description& description) {
-  if (description.codes.empty()) return {};
-  std::string names, list;
-  for (std::size_t i = 0; i < description.codes.size(); ++i) {
-    const ColumnSummary& column = columnOf(description, description.codes[i]);
-    names += fmt::format("{}{} ({}{})",
-                         i == 0                             ? ""
-                         : i + 1 < description.codes.size() ? ", "
-                                                            : " and ",
-                         column.name, column.different, i == 0 ? " different whole numbers" : "");
-    list += (i > 0 ? "," : "") + column.name;
-  }
-  const bool one = description.codes.size() == 1;
-  return wrapped("Codes?      ", fmt::format("{} would count as {};\nleave {} out with --exclude {} if {} the rows.",
-                                             names, one ? "a descriptor" : "descriptors", one ? "it" : "them",
-                                             forShell(list), one ? "it only labels" : "they only label"));
-}
-
 std::string lookText(const Description& description, const TextOptions& options) {
-  return finding("almost numeric", almostNumeric(description), ";  ", options.all) +
+  return finding("row names repeat", repeatedNames(description), ", ", options.all) +
+         finding("no values", emptyColumns(description), ", ", options.all) +
+         finding("almost numeric", almostNumeric(description), ";  ", options.all) +
          finding("constant", description.constant, ", ", options.all) +
          finding("same information", sameColumns(description), ";  ", options.all) +
-         finding("hardly vary", hardlyVarying(description), ", ", options.all) +
-         finding("strongly related", related(description, options.all), ", ", options.all);
+         finding("hardly vary", hardlyVarying(description), ", ", options.all) + relatedText(description, options.all);
 }
 
 }  // namespace studystats

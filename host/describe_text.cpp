@@ -61,7 +61,7 @@ std::string rowNameLine(const Description& description) {
   const bool anywhere = std::any_of(description.columns.begin(), description.columns.end(),
                                     [](const ColumnSummary& column) { return column.missing > 0; });
   if (description.cellsMissing == 0 && description.rows > 0)
-    missing = anywhere ? "Missing: none in columns of numbers that have any" : "Missing: none";
+    missing = anywhere ? "Missing: none in numeric columns with values" : "Missing: none";
   if (names.empty() || missing.empty()) return names.empty() && missing.empty() ? "" : names + missing + "\n";
   const std::string oneLine = names + std::string(10, ' ') + missing;
   return (textWidth(oneLine) <= kTextWidth ? oneLine : names + "\n" + missing) + "\n";
@@ -99,7 +99,7 @@ std::string numericTable(const Summaries& columns, const TextOptions& options) {
                brief(column.minimum, options.digits), brief(column.median, options.digits),
                brief(column.maximum, options.digits), moment(column.skewness), moment(column.kurtosis)});
   });
-  return "\n" + table.text();
+  return table.text();
 }
 
 std::string textColumnTable(const Summaries& columns, const TextOptions& options) {
@@ -111,21 +111,28 @@ std::string textColumnTable(const Summaries& columns, const TextOptions& options
     table.row({column.name, std::to_string(column.count), missingCount(column), std::to_string(column.different),
                column.mostCommon == 0 ? "-" : counted(column.mostCommon, "time")});
   });
-  return "\n" + table.text();
+  return table.text();
 }
 
 }  // namespace
 
 std::string summary(const Description& description, const TextOptions& options) {
   const Summaries numeric = columnsOf(description, ColumnKind::Numeric);
-  std::string text = headLine(description) + rowNameLine(description) + numericTable(numeric, options) +
-                     textColumnTable(columnsOf(description, ColumnKind::Text), options);
-  const std::string missing = missingText(description) + codesText(description);
-  if (!missing.empty()) text += "\n" + missing;
+  const Summaries texts = columnsOf(description, ColumnKind::Text);
+  std::string text = headLine(description) + rowNameLine(description);
+  const auto paragraph = [&text](const std::string& lines) {
+    if (lines.empty()) return;
+    text += '\n';
+    text += lines;
+  };
+  paragraph(numericTable(numeric, options));
+  paragraph(textColumnTable(texts, options));
+  paragraph(missingText(description) + codesText(description));
   const std::string look = lookText(description, options);
-  if (!look.empty()) text += "\nLook at these before modelling\n" + look;
+  if (!look.empty()) paragraph("Look at these before modelling\n");
+  text += look;
   if (!numeric.empty() && numeric.size() <= kWide)
-    text += "\nsd with n - 1; skewness and excess kurtosis are moments over n, divided by sd^3 and sd^4.\n";
+    paragraph("sd with n - 1; skewness and excess kurtosis are moments over n, divided by sd^3 and sd^4.\n");
   return text;
 }
 

@@ -37,9 +37,10 @@ std::size_t textWidth(std::string_view text);
 
 enum class Align { Left, Right, Point };  // Point: on the decimal point
 
-// A table of text whose columns are as wide as their widest cell; two blanks between columns, no blanks at line ends.
-// Nothing is wider than kTextWidth but a name in the first column that is longer itself: a long name takes a line of
-// its own, with its figures below, and columns that have no room follow in further blocks that repeat the first column.
+// A table of text whose columns are as wide as their widest cell; two blanks between columns (one where all fit then),
+// no blanks at line ends. Nothing is wider than kTextWidth but a name in the first column that is longer itself: a long
+// name takes a line of its own, with its figures below, and columns that have no room follow in further blocks that
+// repeat the first column.
 class TextTable {
  public:
   void column(std::string heading, Align align = Align::Right);
@@ -60,7 +61,13 @@ class TextTable {
     bool isLine = false;
   };
   static std::string aligned(const Column& column, const std::string& cell, std::size_t width);
-  std::string block(std::size_t from, std::size_t to, std::size_t nameWidth, std::size_t indent) const;
+  struct Layout {
+    std::size_t indent;
+    std::size_t nameWidth;  // of the first column; longer names take a line of their own
+    std::size_t gap;        // blanks between columns
+  };
+  Layout layout(std::size_t indent) const;
+  std::string block(std::size_t from, std::size_t to, const Layout& layout) const;
 
   std::vector<Column> columns_;
   std::vector<Row> rows_;

@@ -6,7 +6,7 @@
 namespace studystats {
 namespace {
 
-constexpr std::string_view kGap = "  ";
+constexpr std::size_t kGap = 2;
 constexpr std::size_t kWidestName = 40;  // of a first column that shares its line when there is no room for all
 
 // Where a number's part before the decimal point ends: at the point, the exponent, a blank, or the end. Words, and the
@@ -72,12 +72,13 @@ std::string TextTable::aligned(const Column& column, const std::string& cell, st
 }
 
 // Heading and rows of the first column and of those from `from` to before `to`.
-std::string TextTable::block(std::size_t from, std::size_t to, std::size_t nameWidth, std::size_t indent) const {
+std::string TextTable::block(std::size_t from, std::size_t to, const Layout& layout) const {
+  const auto [indent, nameWidth, gap] = layout;
   std::string text = blanks(indent) + aligned({"", columns_[0].align == Align::Left ? Align::Left : Align::Right},
                                               columns_[0].heading, nameWidth);
   for (std::size_t j = from; j < to; ++j) {
     const Align align = columns_[j].align == Align::Left ? Align::Left : Align::Right;
-    text += kGap;
+    text += blanks(gap);
     text += aligned({"", align}, columns_[j].heading, columns_[j].width);
   }
   endLine(text);
@@ -94,7 +95,7 @@ std::string TextTable::block(std::size_t from, std::size_t to, std::size_t nameW
       text += blanks(indent + nameWidth);
     }
     for (std::size_t j = from; j < to; ++j) {
-      text += kGap;
+      text += blanks(gap);
       text += aligned(columns_[j], row.cells[j], columns_[j].width);
     }
     endLine(text);
@@ -102,27 +103,32 @@ std::string TextTable::block(std::size_t from, std::size_t to, std::size_t nameW
   return text;
 }
 
-std::string TextTable::text(std::size_t indent) const {
-  if (columns_.empty()) return {};
+TextTable::Layout TextTable::layout(std::size_t indent) const {
   const std::size_t room = kTextWidth - std::min(indent, kTextWidth);
   const Column& names = columns_[0];
+  const std::size_t gaps = columns_.size() - 1;
   std::size_t figures = 0;
-  for (std::size_t j = 1; j < columns_.size(); ++j) figures += kGap.size() + columns_[j].width;
+  for (std::size_t j = 1; j < columns_.size(); ++j) figures += columns_[j].width;
+  for (const std::size_t gap : {kGap, std::size_t{1}})
+    if (names.width + gaps * gap + figures <= room) return {indent, names.width, gap};
 
-  std::size_t nameWidth = names.width;
-  if (names.align == Align::Left && nameWidth + figures > room) {
-    const std::size_t heading = textWidth(names.heading);
-    const bool oneBlock = figures + heading <= room;
-    nameWidth = std::max(heading, std::min(nameWidth, oneBlock ? room - figures : kWidestName));
-  }
+  if (names.align != Align::Left) return {indent, names.width, kGap};
+  const std::size_t heading = textWidth(names.heading);
+  figures += gaps * kGap;
+  const std::size_t share = heading + figures <= room ? room - figures : kWidestName;
+  return {indent, std::max(heading, std::min(names.width, share)), kGap};
+}
 
+std::string TextTable::text(std::size_t indent) const {
+  if (columns_.empty()) return {};
+  const Layout chosen = layout(indent);
   std::string text;
   for (std::size_t from = 1; from < columns_.size() || text.empty();) {
-    std::size_t to = from, used = nameWidth;
-    while (to < columns_.size() && (to == from || used + kGap.size() + columns_[to].width <= room))
-      used += kGap.size() + columns_[to++].width;
+    std::size_t to = from, used = indent + chosen.nameWidth;
+    while (to < columns_.size() && (to == from || used + chosen.gap + columns_[to].width <= kTextWidth))
+      used += chosen.gap + columns_[to++].width;
     if (!text.empty()) text += '\n';
-    text += block(from, to, nameWidth, indent);
+    text += block(from, to, chosen);
     from = to;
   }
   return text;
