@@ -5,7 +5,7 @@ export DEBIAN_FRONTEND=noninteractive
 
 # Debian's names of what the command and the libraries are built with, and what the tests need besides.
 BUILD_PACKAGES=(cmake g++ ninja-build libboost-math-dev libcli11-dev libcsv-dev libfmt-dev nlohmann-json3-dev)
-TEST_PACKAGES=(libgmock-dev libgtest-dev pkg-config)
+TEST_PACKAGES=(libgtest-dev pkg-config)
 
 say() { printf '== %s\n' "$*"; }
 die() { printf '%s: %s\n' "$0" "$*" >&2; exit 1; }
