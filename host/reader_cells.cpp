@@ -16,7 +16,10 @@ constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 constexpr Cell kMissingCell{CellKind::Missing, kNone};
 constexpr Cell kTextCell{CellKind::Text, kNone};
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
+bool isBlank(char c) { return c == ' ' || c == '\t'; }
+
+// True of nearly every number, and of no text that means missing.
+bool opensNumber(char c) { return (c >= '0' && c <= '9') || c == '-'; }
 
 // A number with a decimal point. One leading + is accepted, which from_chars does not know.
 Cell readNumber(std::string_view text) {
@@ -62,14 +65,14 @@ Cell CellReader::read(std::string_view text) const {
   if (text.empty()) return kMissingCell;
   for (const std::string& missing : missingAs_)
     if (text == missing) return kMissingCell;
-  if (!isDigit(text[0]) && isMissing(text)) return kMissingCell;
+  if (!opensNumber(text[0]) && isMissing(text)) return kMissingCell;
   return decimal_ == '.' ? readNumber(text) : readNumberWithComma(text);
 }
 
 std::string_view trimmed(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(" \t");
-  if (first == text.npos) return {};
-  return text.substr(first, text.find_last_not_of(" \t") - first + 1);
+  while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
+  return text;
 }
 
 std::string quotedCell(std::string_view text) {

@@ -4,6 +4,7 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -38,6 +39,13 @@ class InputFile {
   int descriptor_;
 };
 
+// Large pages spare a file of 200 MB some fifty thousand page faults. Nothing depends on the answer.
+void askForLargePages(char* buffer, std::size_t size) {
+  constexpr std::size_t kLargePage = std::size_t{2} << 20;
+  void* first = buffer;
+  if (std::align(kLargePage, kLargePage, first, size)) ::madvise(first, size / kLargePage * kLargePage, MADV_HUGEPAGE);
+}
+
 bool startsWith(std::string_view text, std::string_view bytes) { return text.substr(0, bytes.size()) == bytes; }
 
 }  // namespace
@@ -61,6 +69,7 @@ void FileText::grow(std::size_t capacity, const std::string& path) {
   static_cast<void>(buffer_.release());
   buffer_.reset(static_cast<char*>(larger));
   capacity_ = capacity;
+  askForLargePages(buffer_.get(), capacity);
 }
 
 void FileText::readAll(int descriptor, const std::string& path, const Watch& watch) {
