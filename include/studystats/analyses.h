@@ -3,7 +3,7 @@
  * Conventions of every entry point
  *
  * - Matrices are dense and column-major; element (i, j), counted from 1, lies at index (j - 1) * ld + (i - 1), where
- * ld, the leading dimension, is the number of rows that the argument's shape names.
+ *   ld, the leading dimension, is the number of rows that the argument's shape names.
  * - All arrays belong to the caller, who allocates the outputs at the shapes given. Inputs are only read; inputs and
  *   outputs must not overlap. No address may be null unless its argument says so.
  * - "in" is read, "out" is written. Units are those of the data; a variance is in their square.
@@ -20,7 +20,8 @@
  *
  * An analysis that gives some of these numbers another meaning says so in its own table.
  *
- * Nothing here throws or prints. Calls run on the caller's thread; the generator is process-wide and unguarded.
+ * Nothing here prints, and nothing throws but a failure of the host inside a progress report. Calls run on the caller's
+ * thread; the generator is process-wide and unguarded.
  */
 #pragma once
 
@@ -29,6 +30,9 @@
 #ifndef STUDYSTATS_API
 #define STUDYSTATS_API __attribute__((visibility("default")))
 #endif
+
+/* The host's progress, as the analyses that can be watched and stopped report it; see studystats/frame.h. */
+struct ProgressMonitor;
 
 #ifdef __cplusplus
 extern "C" {
@@ -74,7 +78,8 @@ STUDYSTATS_API int32_t Nmrrst(void);
  *   covariance     out  p x p  covariances of the variables, divisor n - 1, both triangles. With n = 1 it is not
  *                              written: what the caller left in its lower triangle is decomposed instead
  *   cumExplained   out  p x p  entry (j, k): sum over components 1 ... k of loading(j)^2 * variance, capped at 1 in
- *                              every step. With autoscaled data, the fraction of variable j's variance explained
+ *                              every step. With autoscaled data, the fraction of the variance of variable j that they
+ *                              explain
  *   scores         out  n x p  entry (i, k): sum over j of data(i, j) * eigenvectors(j, k). The data enter uncentred;
  *                              subtract scoreMeans for centred scores
  *   scoreMeans     out  p      mean of each column of scores
@@ -96,6 +101,120 @@ STUDYSTATS_API int32_t Nmrrst(void);
 STUDYSTATS_API void PCAnal(const double* data, int32_t nRows, int32_t nVars, int32_t* nComponents, double* eigenvalues,
                            double* eigenvectors, double* covariance, double* cumExplained, double* scores,
                            double* scoreMeans, double* scoreStdDevs, int32_t* status);
+
+/* ---------------------------------------------------------------------------------------------------------------------
+ * Multiple linear regression
+ */
+
+/* Regression of one response on descriptors chosen by stepwise selection, with the whole selection cross-validated: n =
+ * nRows samples, p = nCols columns, of which the last is the response and the m = p - 1 before it are descriptors.
+ *
+ * The descriptors are expected as x' = (x - shift) / scale, by which the caller has transformed them (scale 1 and shift
+ * 0 when it has not); the response is taken as it is. "Transformed" below means in x', "untransformed" in x. "By
+ * variable": entry j belongs to descriptor j. "By position": entry a belongs to descriptor inList[a].
+ *
+ *   argument         dir     shape  meaning
+ *   data             in      n x p  descriptors, then the response. Not modified
+ *   rowTags          in      n x 2  any numbers; column 1 travels with the rows into the folds, and nothing looks at
+ *                                   them
+ *   rowIds           in-out  n      distinct numbers 1 ... n, as a rule in that order. Come back sorted by ascending
+ *                                   response, ties in their incoming order
+ *   usable           in      n      1: may be a training sample of a fold. A sample that may not be one still belongs
+ *                                   to the model of all rows, and is predicted in every fold
+ *   nRows            in      value  number of samples, n
+ *   nCols            in      value  number of columns, p, the response included
+ *   scale            in      p      divisor of each descriptor's transformation
+ *   shift            in      p      its shift
+ *   corr             out     p x p  correlations of all columns; 0 beside a column without spread, 1 on the diagonal
+ *   reserved         in      value  not read
+ *   fEnter           in      value  F-to-enter. At or below 1e-10 every descriptor starts in the model
+ *   fRemove          in      value  F-to-remove
+ *   maxSteps         in      value  most selection steps. 0 or below: every descriptor starts in the model, and those
+ *                                   that the correlation limit leaves are the model
+ *   corrLimit        in      value  largest absolute correlation tolerated between descriptors of the model; 1 switches
+ *                                   the limit off. Of two descriptors of the starting model the earlier stays
+ *   flags            in-out  p      in: starting model, 1 = in. out: final model. When every descriptor starts in the
+ *                                   model the response's entry becomes 1, too; otherwise it is left alone
+ *   cvMethod         in      value  1: systematic groups, dealt along the ascending response so that each spans its
+ *                                   range; other: random subsets, drawn with Nmrand
+ *   cvGroups         in      value  number of groups; below 1: one sample a group (leave-one-out)
+ *   cvFraction       in      value  random subsets: multiplier for the number of folds
+ *   fitted           out     n      fitted response
+ *   resid            out     n      response - fitted
+ *   fStart           out     1      F of the starting model
+ *   sStart           out     1      standard error of estimate of the starting model
+ *   rawIntercept     out     1      intercept, untransformed
+ *   intercept        out     1      intercept, transformed
+ *   multR            out     1      multiple correlation coefficient; 0 when the response is constant
+ *   fValue           out     1      F of the final model; 0 for an empty model
+ *   sValue           out     1      standard error of estimate, in the response's unit
+ *   fProb            out     1      probability of exceeding fValue; 1 for an empty model, -1 when it cannot be
+ *                                   computed
+ *   q2               out     1      1 - press / total sum of squares; 0 when the response is constant
+ *   press            out     1      sum of squared prediction errors over the folds, weighted to one prediction a
+ *                                   sample. 0 when the validation was abandoned, see below
+ *   cvInterceptSd    out     1      jackknife spread of the untransformed intercept over the folds. Never negative: a
+ *                                   caller that stores -1 here before the call and finds it again at status 0 knows
+ *                                   that the validation was abandoned
+ *   df               out     3      degrees of freedom of regression, residuals and total: nIn, n - nIn - 1, n - 1
+ *   sumSq            out     3      sums of squares of regression, residuals and total. The first is 0 when it is below
+ *                                   1e-10 of the total
+ *   rawCoef          out     m      by position: coefficients, untransformed
+ *   coef             out     m      by position: coefficients, transformed
+ *   cvCoefSd         in-out  m      by variable: jackknife spread of the coefficient over the folds, untransformed.
+ *                                   Entries outside the model keep what the caller put there, divided by scale
+ *   coefSe           in-out  m      by variable: standard error of the coefficient, untransformed. Entries outside the
+ *                                   model as above
+ *   tValue           out     m      by variable: t-values. Entries outside the model are not written
+ *   tProb            out     m      by variable: probability of a larger |t|, two-sided; -1 when it cannot be computed.
+ *                                   Entries outside the model are not written
+ *   inList           out     p      descriptors of the model, ascending, counted from 1; zeros after the last
+ *   cvSelCount       out     m      by variable: number of folds whose own selection chose it
+ *   stepPartialF     out     steps  partial F (t^2) of the descriptor entered or removed at each step; not written for
+ *                                   an entry at the step limit, which is not tested. These five arrays hold maxSteps
+ *                                   entries
+ *   stepF            out     steps  F after each step
+ *   stepS            out     steps  standard error of estimate after each step
+ *   stepAction       out     steps  1 = entered, 0 = removed
+ *   stepVar          out     steps  the descriptor
+ *   nIn              out     1      number of descriptors in the model
+ *   nSteps           out     1      steps that led to the final model; entries behind them have no meaning
+ *   maxFolds         in      1      number of folds to reserve storage for; more is reserved when the plan needs it
+ *   status           out     1      see below
+ *   progressMonitor  in      value  told of each fold before it runs; may be null
+ *   continueFlag     out     1      1; 0 when the host asked to stop
+ *
+ *   status   meaning
+ *   0        success; every output is written. The validation may have been abandoned because a fit in a fold was
+ *            singular: press is then 0 and q2 misleadingly 1, cvInterceptSd is not written, cvCoefSd is only divided by
+ *            scale, and cvSelCount counts the folds before
+ *   1        singular: descriptors of a model depend exactly on each other, or hold not-a-numbers. Written are corr,
+ *            flags, fStart, sStart, inList, nSteps, the steps so far, and coef and intercept of the last fit that
+ *            succeeded. Also when nRows is below 0 or nCols below 1, and then none of these
+ *   5        scratch memory (about 16 p^2 + 8 n p bytes, and 8 p bytes a fold) could not be obtained. Of the outputs
+ *            only continueFlag (1), fStart and sStart (0) are written
+ *   999      the host asked to stop. Of the statistics only df is written; press is incomplete, and cvSelCount counts
+ *            the folds that ended
+ *
+ * Reports g of G before fold g. A failure of the host passes through as an exception, and nothing leaks. Stores the
+ * process-wide validation settings and may draw from the generator: one validating analysis at a time. Cost: n * p^2
+ * once, and n * p * (descriptors in the model) for each selection step, on all rows and in every fold.
+ *
+ * Sources: Draper & Smith, Applied Regression Analysis, 3rd ed. (1998), chapter 15 (selection); Hastie, Tibshirani &
+ * Friedman, The Elements of Statistical Learning, 2nd ed. (2009), section 7.10.2 (validating the selection, too); Efron
+ * & Tibshirani, An Introduction to the Bootstrap (1993), chapter 11 (jackknife).
+ */
+STUDYSTATS_API void MulReg(const double* data, const int32_t* rowTags, int32_t* rowIds, const int32_t* usable,
+                           int32_t nRows, int32_t nCols, const double* scale, const double* shift, double* corr,
+                           int64_t reserved, float fEnter, float fRemove, int32_t maxSteps, float corrLimit,
+                           int32_t* flags, int32_t cvMethod, int32_t cvGroups, float cvFraction, double* fitted,
+                           double* resid, float* fStart, float* sStart, double* rawIntercept, double* intercept,
+                           double* multR, double* fValue, double* sValue, double* fProb, double* q2, double* press,
+                           double* cvInterceptSd, int32_t* df, double* sumSq, double* rawCoef, double* coef,
+                           double* cvCoefSd, double* coefSe, double* tValue, double* tProb, int32_t* inList,
+                           int32_t* cvSelCount, float* stepPartialF, float* stepF, float* stepS, int32_t* stepAction,
+                           int32_t* stepVar, int32_t* nIn, int32_t* nSteps, const int32_t* maxFolds, int32_t* status,
+                           struct ProgressMonitor* progressMonitor, int32_t* continueFlag);
 
 #ifdef __cplusplus
 }

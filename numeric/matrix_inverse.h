@@ -1,0 +1,25 @@
+// The inverse of a square matrix by Gauss-Jordan elimination with full pivoting, on scratch memory that the caller
+// holds.
+#pragma once
+
+#include <cstdint>
+
+#include "numeric/matrix_view.h"
+#include "numeric/scratch.h"
+
+namespace studystats::core {
+
+// Scratch for matrices up to n x n.
+struct InverseScratch {
+  explicit InverseScratch(std::int32_t n) : from(n), to(n), done(n), largest(n) {}
+  explicit operator bool() const { return obtained(from, to, done, largest); }
+
+  Scratch<std::int32_t> from, to;  // the column swaps
+  Scratch<double> done;            // 1 for a row that has had its pivot
+  Scratch<double> largest;         // per column, the largest magnitude among the rows that have not
+};
+
+// Replaces the leading n x n block of a by its inverse; kDone or kSingular, as InvMat describes them.
+std::int32_t invert(std::int32_t n, Matrix a, InverseScratch& scratch);
+
+}  // namespace studystats::core
