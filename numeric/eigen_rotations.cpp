@@ -27,14 +27,13 @@ STUDYSTATS_MULTIVERSION
 void rotateRows(double* upper, std::ptrdiff_t ld, int rows, const double* c, const double* s, int count) {
   int t = 0;
   for (; t + 4 <= count; t += 4, upper -= 4 * ld) {
-    double* const z0 = upper;
-    double* const z1 = upper - ld;
-    double* const z2 = upper - 2 * ld;
-    double* const z3 = upper - 3 * ld;
-    double* const z4 = upper - 4 * ld;
+    double* __restrict z0 = upper;
+    double* __restrict z1 = upper - ld;
+    double* __restrict z2 = upper - 2 * ld;
+    double* __restrict z3 = upper - 3 * ld;
+    double* __restrict z4 = upper - 4 * ld;
     const double c0 = c[t], c1 = c[t + 1], c2 = c[t + 2], c3 = c[t + 3];
     const double s0 = s[t], s1 = s[t + 1], s2 = s[t + 2], s3 = s[t + 3];
-#pragma GCC ivdep
     for (int r = 0; r < rows; ++r) {
       const double x1 = z1[r], x2 = z2[r], x3 = z3[r], x4 = z4[r];
       const double h0 = z0[r];

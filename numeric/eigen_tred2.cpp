@@ -50,14 +50,13 @@ void updateAndAdd(double* column, int c, int l, Update update, double next, doub
 // from the column, y the one it takes second.
 inline void updateAndAddFour(Matrix z, int c, int first, int last, const double* __restrict x,
                              const double* __restrict y, const double* __restrict next, double* __restrict p) {
-  double* const z0 = z.column(c);
-  double* const z1 = z.column(c + 1);
-  double* const z2 = z.column(c + 2);
-  double* const z3 = z.column(c + 3);
+  double* __restrict z0 = z.column(c);
+  double* __restrict z1 = z.column(c + 1);
+  double* __restrict z2 = z.column(c + 2);
+  double* __restrict z3 = z.column(c + 3);
   const double x0 = x[c], x1 = x[c + 1], x2 = x[c + 2], x3 = x[c + 3];
   const double y0 = y[c], y1 = y[c + 1], y2 = y[c + 2], y3 = y[c + 3];
   const double n0 = next[c], n1 = next[c + 1], n2 = next[c + 2], n3 = next[c + 3];
-#pragma GCC ivdep
   for (int r = first; r < last; ++r) {
     z0[r] = z0[r] - x0 * y[r] - y0 * x[r];
     z1[r] = z1[r] - x1 * y[r] - y1 * x[r];

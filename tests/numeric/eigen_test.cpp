@@ -171,6 +171,17 @@ TEST(EigSym, FindsTheKnownSpectrumOfSecondDifferences) {
   }
 }
 
+// Nothing is reflected in a matrix of minus zeros, and its elements come through with their signs.
+TEST(Tred2, KeepsTheSignsOfZeros) {
+  const std::int32_t n = 9;
+  const Numbers a(81, -0.0);
+  Numbers d(9), e(9), z(81), plainD(9), plainE(9), plainZ(81);
+  core::Tred2(&n, &n, a.data(), d.data(), e.data(), z.data());
+  definition::tred2(&n, &n, a.data(), plainD.data(), plainE.data(), plainZ.data());
+  EXPECT_TRUE(sameBits(d, plainD) && sameBits(e, plainE) && sameBits(z, plainZ));
+  EXPECT_TRUE(std::signbit(d[0]) && std::signbit(e[1]));
+}
+
 TEST(Pythag, IsNotANumberForNotANumberAndForTwoInfinities) {
   for (const double other : {0.0, -0.0, 1.0, kInfinity, kNaN}) {
     EXPECT_TRUE(std::isnan(core::Pythag(&kNaN, &other))) << other;
