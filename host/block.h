@@ -11,8 +11,8 @@ namespace studystats {
 
 // Columns with a part in the analysis other than being a descriptor.
 struct Roles {
-  std::vector<std::string> responses;
-  std::string classColumn;
+  std::vector<std::string> responses{};
+  std::string classColumn{};
 };
 
 // A descriptor on its way: its cells over all rows of the block, not-a-number where missing.

@@ -4,6 +4,9 @@
 #include <fmt/format.h>
 
 namespace studystats {
+
+const int hostInterfaceRevision1 = 1;
+
 namespace {
 
 #if defined(__clang__)

@@ -30,6 +30,11 @@
 
 namespace studystats {
 
+// A program compiled against one revision of this header does not start with a library of another: the loader names the
+// symbol that is missing.
+STUDYSTATS_API extern const int hostInterfaceRevision1;
+[[gnu::used]] inline const int* const hostInterfaceInUse = &hostInterfaceRevision1;
+
 // ---- What went wrong, and what is worth knowing ---------------------------------------------------------------------
 
 // Where in the caller's material an error lies; what does not apply is 0 or empty.
@@ -158,11 +163,11 @@ struct TableColumn {
 // A table in memory: named columns of one length.
 class STUDYSTATS_API Table {
  public:
-  std::string name;                  // the file as the caller named it, or whatever messages should call the table
-  std::vector<TableColumn> columns;  // in the file's order, names unique
-  char delimiter = ',';              // as found
+  std::string name{};                  // the file as the caller named it, or whatever messages should call the table
+  std::vector<TableColumn> columns{};  // in the file's order, names unique
+  char delimiter = ',';                // as found
   char decimal = '.';
-  std::vector<Remark> remarks;  // what the reader noticed
+  std::vector<Remark> remarks{};  // what the reader noticed
 
   std::size_t rows() const;
   const TableColumn* find(std::string_view columnName) const;  // null when there is none
