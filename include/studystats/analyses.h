@@ -78,8 +78,7 @@ STUDYSTATS_API int32_t Nmrrst(void);
  *   covariance     out  p x p  covariances of the variables, divisor n - 1, both triangles. With n = 1 it is not
  *                              written: what the caller left in its lower triangle is decomposed instead
  *   cumExplained   out  p x p  entry (j, k): sum over components 1 ... k of loading(j)^2 * variance, capped at 1 in
- *                              every step. With autoscaled data, the fraction of the variance of variable j that they
- *                              explain
+ *                              every step. With autoscaled data, the fraction of variable j's variance explained
  *   scores         out  n x p  entry (i, k): sum over j of data(i, j) * eigenvectors(j, k). The data enter uncentred;
  *                              subtract scoreMeans for centred scores
  *   scoreMeans     out  p      mean of each column of scores
