@@ -130,14 +130,15 @@ TEST(Validation, DealsSystematicGroupsAlongTheOrder) {
 TEST(Validation, DrawsRandomRowsInTheGeneratorsOrder) {
   // Read by row. Two usable rows of ten are fewer than the six wanted: the draw ends early.
   const Rows marks[] = {Rows(10, 1), {1, 0, 1, 1, 5, 1, 1, 0, 1, 1}, {0, 0, 1, 0, 0, 0, 0, 1, 0, 0}, Rows(10, 0)};
-  // The last seed starts with draws outside the rows.
-  for (const std::int32_t seed : {-1, -12345, -2147483647})
+  // The last seed's first draws give the indices -1 and 10, just outside the ten rows.
+  for (const std::int32_t seed : {0, -1, -2147483588})
     for (const Rows& usable : marks) {
       cvMethod = 2, cvGroups = 3, cvFraction = 1;
       Fold fold({1, 2, 3, 4, 5, 6, 7, 8, 9, 10}, usable);
       VldPln(&fold.n);
       definition::Generator generator;
-      ASSERT_EQ(Nmrand(seed), generator.draw(seed));
+      Nmrrst();
+      if (seed != 0) Nmrand(seed), generator.draw(seed);  // otherwise the first fold's draws seed the generator
       for (int g = 1; g <= 30; ++g) {
         const Rows training = definition::randomTrainingRows(usable, 4, generator);
         ASSERT_EQ(fold.take(5, g), training) << "seed " << seed << " fold " << g;
