@@ -66,7 +66,7 @@ std::string bash() {
 
 std::string zshOption(const Option& option) {
   std::string text = option.repeatable ? "'*" : "'";
-  text += option.name + '[' + quotedFor(quotedFor(option.help, "[]:", "\\"), "'", "'\\'") + ']';
+  text += option.name + '[' + quotedFor(quotedFor(option.gist(), "[]:", "\\"), "'", "'\\'") + ']';
   if (!option.takesValue()) return text + '\'';
   text += ':' + quotedFor(quotedFor(option.placeholder, ":[]", "\\"), "'", "'\\'") + ':';
   if (!option.choices.empty()) return text + '(' + joined(option.choices) + ")'";
@@ -102,7 +102,7 @@ std::string fish() {
     for (const Group group : kGroups) {
       for (const Option* option : optionsOf(command.bit, group)) {
         text += fmt::format("complete -c studystats -n '__fish_seen_subcommand_from {}' -l {} -d '{}'", command.name,
-                            option->name.substr(2), quotedFor(option->help, "'\\", "\\"));
+                            option->name.substr(2), quotedFor(option->gist(), "'\\", "\\"));
         if (!option->choices.empty()) text += fmt::format(" -x -a '{}'", joined(option->choices));
         if (option->completes == Completes::Files) text += " -r";
         if (option->completes == Completes::Folders) text += " -x -a '(__fish_complete_directories)'";

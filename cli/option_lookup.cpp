@@ -42,6 +42,8 @@ std::string Option::sentence() const {
   return text + (words ? " [" + fallback.substr(1, fallback.size() - 2) + ']' : " [default " + fallback + ']');
 }
 
+std::string Option::gist() const { return help.substr(0, help.find_first_of(":;")); }
+
 const Command* findCommand(std::string_view name) {
   for (const Command& command : commands())
     if (command.name == name) return &command;

@@ -53,6 +53,7 @@ struct Option {
   bool takesValue() const { return !placeholder.empty(); }
   std::string spelled() const;   // "--scale NAME"
   std::string sentence() const;  // the help with its choices and its default
+  std::string gist() const;      // its beginning, for completions
 };
 
 const std::vector<Command>& commands();
