@@ -40,15 +40,19 @@ void predictHeldOut(const MlrValidation& v, MlrScratch& s, double intercept, dou
   }
 }
 
-// Coefficients of the model of all rows and its untransformed intercept, refitted in fold g.
+// What fold g refitted: nIn coefficients and, behind them, the untransformed intercept.
+double& refit(const MlrValidation& v, MlrScratch& s, std::int32_t g, std::int32_t a) {
+  return s.refits[std::ptrdiff_t{g} * (v.nIn + 1) + a];
+}
+
 void keepRefit(const MlrValidation& v, MlrScratch& s, std::int32_t g, double intercept) {
   double shifted = 0.0;
   for (std::int32_t a = 0; a < v.nIn; ++a) {
     const std::int32_t j = v.inList[a] - 1;
-    s.refitCoef[std::ptrdiff_t{g} * v.nIn + a] = s.coef[a];
+    refit(v, s, g, a) = s.coef[a];
     shifted += s.coef[a] * v.shift[j] / v.scale[j];
   }
-  s.refitIntercept[g] = v.nIn == 0 ? intercept : intercept - shifted;
+  refit(v, s, g, v.nIn) = v.nIn == 0 ? intercept : intercept - shifted;
 }
 
 // One fold, counted from 0; kDone or the status of the fit that failed.
@@ -80,21 +84,21 @@ std::int32_t runFold(const MlrValidation& v, MlrScratch& s, std::int32_t g, doub
   return status;
 }
 
-// Jackknife spreads over G folds: sqrt((G - 1) / G * sum of squared deviations), with the weight of the plan.
-void spreads(const MlrValidation& v, MlrScratch& s, std::int32_t nFolds, double weight) {
-  for (std::int32_t a = 0; a < v.nIn; ++a) {
-    const auto coef = [&](std::int32_t g) { return s.refitCoef[std::ptrdiff_t{g} * v.nIn + a]; };
-    double mean = 0.0, squares = 0.0;
-    for (std::int32_t g = 0; g < nFolds; ++g) mean += coef(g);
-    mean /= nFolds;
-    for (std::int32_t g = 0; g < nFolds; ++g) squares += (mean - coef(g)) * (mean - coef(g));
-    v.coefSd[v.inList[a] - 1] = std::sqrt(weight * (nFolds - 1) / nFolds * squares);
-  }
+// Sum of squared deviations of refitted numbers from their mean.
+double squaredDeviations(const MlrValidation& v, MlrScratch& s, std::int32_t nFolds, std::int32_t a) {
   double mean = 0.0, squares = 0.0;
-  for (std::int32_t g = 0; g < nFolds; ++g) mean += s.refitIntercept[g];
+  for (std::int32_t g = 0; g < nFolds; ++g) mean += refit(v, s, g, a);
   mean /= nFolds;
-  for (std::int32_t g = 0; g < nFolds; ++g) squares += (mean - s.refitIntercept[g]) * (mean - s.refitIntercept[g]);
-  *v.interceptSd = std::sqrt((nFolds - 1) * weight * squares / nFolds);
+  for (std::int32_t g = 0; g < nFolds; ++g) squares += (mean - refit(v, s, g, a)) * (mean - refit(v, s, g, a));
+  return squares;
+}
+
+// Jackknife spreads over G folds, sqrt((G - 1) / G * sum of squared deviations), with the weight of the plan. The
+// factors stand in two orders, which differ in the last bit.
+void spreads(const MlrValidation& v, MlrScratch& s, std::int32_t nFolds, double weight) {
+  for (std::int32_t a = 0; a < v.nIn; ++a)
+    v.coefSd[v.inList[a] - 1] = std::sqrt(weight * (nFolds - 1) / nFolds * squaredDeviations(v, s, nFolds, a));
+  *v.interceptSd = std::sqrt((nFolds - 1) * weight * squaredDeviations(v, s, nFolds, v.nIn) / nFolds);
 }
 
 }  // namespace

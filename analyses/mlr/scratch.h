@@ -33,13 +33,11 @@ struct MlrScratch {
         foldFlags(p),
         foldInList(p),
         known(p),
-        refitCoef(area(folds, most)),
-        refitIntercept(folds) {}
+        refits(area(folds, std::ptrdiff_t{most} + 1)) {}
 
   explicit operator bool() const {
     return obtained(fit, products, inverse, means, t, coef, startFlags, outList, diagonal, response, sortBuffer,
-                    positions, order, usable, training, trainingTags, heldOut, foldFlags, foldInList, known, refitCoef,
-                    refitIntercept);
+                    positions, order, usable, training, trainingTags, heldOut, foldFlags, foldInList, known, refits);
   }
 
   // Of the selection on all rows; the folds use the first six again.
@@ -56,7 +54,7 @@ struct MlrScratch {
   // Of the folds.
   Scratch<double> training;
   Scratch<std::int32_t> trainingTags, heldOut, foldFlags, foldInList, known;
-  Scratch<double> refitCoef, refitIntercept;
+  Scratch<double> refits;  // by fold: coefficients by position, then the untransformed intercept
 };
 
 }  // namespace studystats::core

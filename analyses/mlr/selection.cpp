@@ -39,7 +39,7 @@ void filterCollinear(float corrLimit, const ColumnProducts& products, std::int32
   const double limit = corrLimit + 1e-5F;  // a 32-bit sum
   for (std::int32_t i = 0; i < m; ++i)
     for (std::int32_t j = i + 1; flags[i] == 1 && j < m; ++j)
-      if (flags[j] == 1 && std::fabs(products.correlation(i, j)) > limit) flags[j] = 0;
+      if (std::fabs(products.correlation(i, j)) > limit) flags[j] = 0;
 }
 
 void CorFilt(const float* corrLimit, const double* r, const std::int32_t* ld, const std::int32_t* m,

@@ -1,8 +1,11 @@
 // Memory refused on purpose: the k-th request for scratch memory fails, for k = 0, 1, 2, ... until an analysis
-// succeeds. Each failure must give status 5, release what was obtained, and leave every output as it was.
+// succeeds. Each failure must give status 5, release what was obtained, and leave every output as it was. What
+// validates must obtain nothing between its first report and its last, and leak nothing when the host stops it or
+// fails.
 
 #include <gtest/gtest.h>
 #include <studystats/analyses.h>
+#include <studystats/frame.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -13,10 +16,14 @@ namespace {
 
 int requestsUntilRefusal = -1;  // -1: nothing is refused
 long nLive = 0;                 // blocks obtained and not yet released
+long nObtained = 0;
 
 void* obtain(std::size_t size) {
   void* block = std::malloc(std::max<std::size_t>(size, 1));
-  if (block != nullptr) ++nLive;
+  if (block != nullptr) {
+    ++nLive;
+    ++nObtained;
+  }
   return block;
 }
 
@@ -64,6 +71,33 @@ struct Outputs {
   }
 };
 
+// A host that watches the memory, and stops or fails at one of its reports.
+class Watcher final : public ISBProgressMonitor {
+ public:
+  Watcher(int stop, int fail) : stopAt(stop), failAt(fail) {
+    monitor.monitor = this;
+    AddRef();
+  }
+  HRESULT QueryInterface(const GUID&, void**) override { return 0; }
+  std::uint32_t AddRef() override { return 1; }
+  std::uint32_t Release() override { return 1; }
+  HRESULT HostMethod4() override { return 0; }
+  HRESULT HostMethod5() override { return 0; }
+  HRESULT HostMethod6() override { return 0; }
+  HRESULT HostMethod7() override { return 0; }
+  HRESULT ReportProgress(std::int32_t, std::int32_t, VARIANT, VARIANT_BOOL* answer) override {
+    if (++nReports == 1) obtainedBefore = nObtained;
+    obtainedBetween = nObtained - obtainedBefore;
+    *answer = nReports == stopAt ? VARIANT_BOOL{0} : VARIANT_TRUE;
+    return nReports == failAt ? static_cast<HRESULT>(0x80004005U) : 0;
+  }
+  ProgressMonitor monitor;
+  int stopAt, failAt, nReports = 0;
+  long obtainedBefore = 0, obtainedBetween = 0;
+};
+
+ProgressMonitor* watched = nullptr;  // handed to the analyses that report
+
 struct Analysis {
   const char* name;
   int nRequests;  // of scratch memory, at least
@@ -78,13 +112,38 @@ std::int32_t principalComponents(const std::vector<double>& data, Outputs& out) 
   return status;
 }
 
-const Analysis kAnalyses[] = {{"PCAnal", 4, principalComponents}};
+// Leave-one-out and a step or two; the flags and the row numbers are inputs as well.
+std::int32_t regression(const std::vector<double>& data, Outputs& out) {
+  const std::int32_t p = kColumns, n = kRows, steps = 3, maxFolds = n;
+  std::int32_t tags[2 * kRows] = {}, rowIds[kRows], usable[kRows], flags[kColumns] = {}, status = -1, goOn = -1;
+  double scale[kColumns], shift[kColumns] = {};
+  float startF[2];
+  float stepValues[3][steps] = {};
+  for (std::int32_t i = 0; i < n; ++i) rowIds[i] = i + 1;
+  std::fill_n(usable, n, 1);
+  std::fill_n(scale, p, 1.0);
+  std::int32_t* counts = out.counts.data();
+  MulReg(data.data(), tags, rowIds, usable, n, p, scale, shift, out.take(p * p), 0, 0.01F, 0.01F, steps, 1, flags, 1, 0,
+         1, out.take(n), out.take(n), &startF[0], &startF[1], out.take(1), out.take(1), out.take(1), out.take(1),
+         out.take(1), out.take(1), out.take(1), out.take(1), out.take(1), counts, out.take(3), out.take(p), out.take(p),
+         out.take(p), out.take(p), out.take(p), out.take(p), counts + 3, counts + 10, stepValues[0], stepValues[1],
+         stepValues[2], counts + 20, counts + 30, counts + 40, counts + 41, &maxFolds, &status, watched, &goOn);
+  return status;
+}
+
+const Analysis kAnalyses[] = {{"PCAnal", 4, principalComponents}, {"MulReg", 20, regression}};
+const Analysis kReporting[] = {{"MulReg", 20, regression}};
+
+std::vector<double> table() {
+  std::vector<double> data(kRows * kColumns);
+  for (std::size_t i = 0; i < data.size(); ++i) data[i] = static_cast<double>(i * i % 17);
+  return data;
+}
 
 class ScratchRefusal : public testing::TestWithParam<Analysis> {};
 
 TEST_P(ScratchRefusal, GivesStatus5LeaksNothingAndWritesNothing) {
-  std::vector<double> data(kRows * kColumns);
-  for (std::size_t i = 0; i < data.size(); ++i) data[i] = static_cast<double>(i * i % 17);
+  const std::vector<double> data = table();
   std::int32_t status = 5;
   int k = 0;
   for (; status == 5; ++k) {
@@ -109,6 +168,34 @@ TEST(ScratchSizes, ThatOverflowAreMemoryThatCannotBeHad) {
   }
 }
 
+class Reports : public testing::TestWithParam<Analysis> {};
+
+TEST_P(Reports, FindNothingObtainedBetweenThemAndLeakNothingWhateverTheHostDoes) {
+  const std::vector<double> data = table();
+  int nReports = 1;
+  for (int k = 0; k <= nReports; ++k)
+    for (const bool fails : {false, true}) {
+      Outputs out;
+      Watcher host(fails ? 0 : k, fails ? k : 0);
+      watched = &host.monitor;
+      const long before = nLive;
+      std::int32_t status = -7;
+      try {
+        status = GetParam().run(data, out);
+      } catch (const Dvo::DvoResult&) {
+        status = -1;
+      }
+      watched = nullptr;
+      if (k == 0) nReports = host.nReports;
+      EXPECT_EQ(status, k == 0 ? 0 : fails ? -1 : 999) << "report " << k;
+      EXPECT_EQ(nLive, before) << "report " << k;
+      EXPECT_EQ(host.obtainedBetween, 0) << "report " << k;
+    }
+  EXPECT_GT(nReports, 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(EntryPoints, Reports, testing::ValuesIn(kReporting),
+                         [](const auto& tested) { return tested.param.name; });
 INSTANTIATE_TEST_SUITE_P(EntryPoints, ScratchRefusal, testing::ValuesIn(kAnalyses),
                          [](const auto& tested) { return tested.param.name; });
 
