@@ -45,6 +45,7 @@ void describeRowNames(const TableView& table, const TableView::Column* id, Descr
 // the table has told.
 void remarkOnColumns(const TableView& table, const DescribeOptions& options, const TableView::Column* id,
                      const DescribedColumns& chosen, Description& description) {
+  if (chosen.empty()) return;
   DataOptions data;
   data.exclude = options.exclude;
   std::vector<Dropped> dropped;

@@ -22,6 +22,7 @@ using Cells = std::span<const double>;
 
 constexpr double kRounding = 64 * std::numeric_limits<double>::epsilon();
 constexpr int kShortDigits = 10;  // of a scale or shift that is taken for the number that was meant
+constexpr int kAllDigits = 17;    // of a number that is not short
 
 // What is compared first, and the rows that fix scale and shift best.
 struct Shape {
@@ -66,82 +67,96 @@ std::optional<Shape> shapeOf(std::size_t column, Cells cells, const std::vector<
   return shape;
 }
 
+// A number as it was meant, and how many digits say so.
+struct Meant {
+  double value;
+  int digits;
+};
+
 // The decimal with the fewest digits within `tolerance` of the value; the value itself when that takes many.
-double shortDecimal(double value, double tolerance) {
-  if (std::abs(value) <= tolerance) return 0;
+Meant shortDecimal(double value, double tolerance) {
+  if (std::abs(value) <= tolerance) return {0, 0};
   char text[40];
   for (int digits = 1; digits <= kShortDigits; ++digits) {
     const auto end = std::to_chars(text, text + sizeof text, value, std::chars_format::scientific, digits - 1).ptr;
     double decimal = value;
     std::from_chars(text, end, decimal);
-    if (std::abs(decimal - value) <= tolerance) return decimal;
+    if (std::abs(decimal - value) <= tolerance) return {decimal, digits};
   }
-  return value;
+  return {value, kAllDigits};
 }
 
-// A factor as it was meant: a short decimal, or one over a short decimal.
-double meantFactor(double value, double tolerance) {
-  const double direct = shortDecimal(value, tolerance);
-  if (direct != value || value == 0) return direct;
-  const double inverse = 1 / shortDecimal(1 / value, tolerance / (value * value));
-  return std::abs(inverse - value) <= tolerance ? inverse : value;
+// A short decimal, or one over a shorter one.
+Meant shortFactor(double value, double tolerance) {
+  const Meant direct = shortDecimal(value, tolerance);
+  const Meant inverse = shortDecimal(1 / value, tolerance / (value * value));
+  return inverse.digits + 1 < direct.digits ? Meant{1 / inverse.value, inverse.digits + 1} : direct;
 }
 
 struct Relation {
-  double scale;
-  double shift;
+  Meant scale;
+  Meant shift;
+
+  int digits() const { return scale.digits + shift.digits; }
 };
 
 bool holds(const Relation& relation, Cells kept, Cells other) {
+  const double scale = relation.scale.value, shift = relation.shift.value;
   for (std::size_t i = 0; i < kept.size(); ++i) {
-    const double product = relation.scale * kept[i];
-    const double allowed = kRounding * (std::abs(relation.shift) + std::abs(product) + std::abs(other[i]));
-    if (!(std::abs(other[i] - (relation.shift + product)) <= allowed)) return false;
+    const double product = scale * kept[i];
+    const double allowed = kRounding * (std::abs(shift) + std::abs(product) + std::abs(other[i]));
+    if (!(std::abs(other[i] - (shift + product)) <= allowed)) return false;
   }
   return true;
 }
 
-std::optional<Relation> firstThatHolds(std::initializer_list<Relation> candidates, Cells kept, Cells other) {
-  for (const Relation& candidate : candidates)
-    if (holds(candidate, kept, other)) return candidate;
-  return {};
-}
+using Relations = std::vector<Relation>;
 
-std::optional<Relation> proportional(const Shape& shape, Cells kept, Cells other) {
+void addProportional(const Shape& shape, Cells kept, Cells other, Relations& found) {
   const std::size_t i = std::abs(kept[shape.lowest]) > std::abs(kept[shape.highest]) ? shape.lowest : shape.highest;
-  const Relation raw{other[i] / kept[i], 0};
-  if (!std::isfinite(raw.scale) || !holds(raw, kept, other)) return {};
-  return firstThatHolds({{meantFactor(raw.scale, kRounding * std::abs(raw.scale)), 0}, raw}, kept, other);
+  const double scale = other[i] / kept[i];
+  const Relation raw{{scale, kAllDigits}, {0, 0}};
+  if (!std::isfinite(scale) || scale == 0 || !holds(raw, kept, other)) return;
+  found.push_back({shortFactor(scale, kRounding * std::abs(scale)), {0, 0}});
+  found.push_back(raw);
 }
 
-// The shift that goes with a scale, from the row whose terms are smallest and so the most exact.
-struct Shift {
-  double raw;
-  double meant;
-};
-Shift shiftFor(double scale, Cells kept, Cells other) {
-  const auto terms = [&](std::size_t i) { return std::abs(other[i]) + std::abs(scale * kept[i]); };
+// Adds a scale with its shift, taken from the row whose terms are smallest and so the most exact.
+void addWithShift(Meant scale, Cells kept, Cells other, Relations& found) {
+  const auto terms = [&](std::size_t i) { return std::abs(other[i]) + std::abs(scale.value * kept[i]); };
   std::size_t best = 0;
   for (std::size_t i = 1; i < kept.size(); ++i)
     if (terms(i) < terms(best)) best = i;
-  const double raw = other[best] - scale * kept[best];
-  return {raw, shortDecimal(raw, kRounding * terms(best))};
+  const double shift = other[best] - scale.value * kept[best];
+  found.push_back({scale, shortDecimal(shift, kRounding * terms(best))});
+  found.push_back({scale, {shift, kAllDigits}});
 }
 
-std::optional<Relation> shifted(const Shape& shape, Cells kept, Cells other) {
+void addShifted(const Shape& shape, Cells kept, Cells other, Relations& found) {
   const std::size_t low = shape.lowest, high = shape.highest;
   const double range = kept[high] - kept[low];
   const double scale = (other[high] - other[low]) / range;
-  if (!std::isfinite(scale) || !std::isfinite(range) || scale == 0) return {};
-  const Shift shift = shiftFor(scale, kept, other);
-  const Relation raw{scale, shift.raw};
-  if (!holds(raw, kept, other)) return {};
+  if (!std::isfinite(scale) || !std::isfinite(range) || scale == 0) return;
+  Relations raw;
+  addWithShift({scale, kAllDigits}, kept, other, raw);
+  if (!holds(raw.back(), kept, other)) return;
 
   const double terms =
       std::abs(other[high]) + std::abs(other[low]) + std::abs(scale) * (std::abs(kept[high]) + std::abs(kept[low]));
-  const double meant = meantFactor(scale, kRounding * terms / range);
-  const Shift meantShift = shiftFor(meant, kept, other);
-  return firstThatHolds({{meant, meantShift.meant}, {meant, meantShift.raw}, {scale, shift.meant}, raw}, kept, other);
+  addWithShift(shortFactor(scale, kRounding * terms / range), kept, other, found);
+  found.insert(found.end(), raw.begin(), raw.end());
+}
+
+// The relation that takes the fewest digits to say: beside a large offset several hold to rounding.
+std::optional<Relation> relationOf(const Shape& shape, Cells kept, Cells other) {
+  Relations found;
+  addProportional(shape, kept, other, found);
+  addShifted(shape, kept, other, found);
+  std::stable_sort(found.begin(), found.end(),
+                   [](const Relation& a, const Relation& b) { return a.digits() < b.digits(); });
+  for (const Relation& relation : found)
+    if (holds(relation, kept, other)) return relation;
+  return {};
 }
 
 // Shapes whose figures may be equal, as runs of overlapping intervals.
@@ -170,10 +185,8 @@ void findRepeats(std::vector<Shape> run, const std::vector<Cells>& columns, std:
     const Cells other = columns[shape.column];
     const auto repeated = [&](const Shape& first) {
       if (std::abs(first.figure - shape.figure) > first.uncertainty + shape.uncertainty) return false;
-      const Cells cells = columns[first.column];
-      std::optional<Relation> relation = proportional(first, cells, other);
-      if (!relation) relation = shifted(first, cells, other);
-      if (relation) pairs.push_back({first.column, shape.column, relation->scale, relation->shift});
+      const std::optional<Relation> relation = relationOf(first, columns[first.column], other);
+      if (relation) pairs.push_back({first.column, shape.column, relation->scale.value, relation->shift.value});
       return relation.has_value();
     };
     if (std::none_of(kept.begin(), kept.end(), repeated)) kept.push_back(shape);

@@ -36,6 +36,7 @@ class Lines {
       text_ += separator;
       used_ += textWidth(separator);
     }
+    if (empty_) makeRoom(width);
     text_ += word;
     used_ += width;
     empty_ = false;
@@ -54,6 +55,13 @@ class Lines {
   }
 
  private:
+  // A word too long for the indented line starts further left, on a line of its own.
+  void makeRoom(std::size_t width) {
+    if (used_ + width <= kTextWidth) return;
+    if (text_.find_first_not_of(' ', text_.size() - indent_) != std::string::npos) end();
+    for (; used_ > 0 && used_ + width > kTextWidth; --used_) text_.pop_back();
+  }
+
   void endLine() {
     while (!text_.empty() && text_.back() == ' ') text_.pop_back();
     text_ += '\n';

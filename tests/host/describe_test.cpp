@@ -205,7 +205,8 @@ TEST(Describe, CountsMissingCellsAsAPlainLoopDoes) {
   std::map<std::string, std::vector<double>> cells;
   for (std::size_t j = 0; j < columns; ++j)
     for (std::size_t i = 0; i < rows; ++i)
-      cells[std::string(1, static_cast<char>('a' + j))].push_back(random() % (3 + 4 * j) == 0 ? kNan : 1.0 * (i % 37));
+      cells[std::string(1, static_cast<char>('a' + j))].push_back(
+          random() % (3 + 4 * j) == 0 ? kNan : static_cast<double>(i % 37));
   cells["empty"].assign(rows, kNan);
   const Description description = describe(tableOf(cells));
   cells.erase("empty");
