@@ -96,16 +96,8 @@ void DvoVariant::Set(const DvoBSTR& text) {
 }
 
 void DvoVariant::Clear() noexcept {
-  const VARIANT owned = std::exchange(value_, VARIANT{});
   try {
-    if ((owned.vt & (VT_ARRAY | VT_BYREF)) != 0) {
-      VARIANT other = owned;
-      OxaExports::VariantClear(&other);
-    } else if (owned.vt == VT_BSTR) {
-      OxaExports::SysFreeString(owned.bstrVal);
-    } else if ((owned.vt == VT_UNKNOWN || owned.vt == VT_DISPATCH) && owned.punkVal != nullptr) {
-      owned.punkVal->Release();
-    }
+    OxaExports::VariantClear(&value_);
   } catch (...) {
     try {
       studystats::core::translateCurrentException().Description();

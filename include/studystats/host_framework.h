@@ -69,6 +69,11 @@ class IUnknown {
   ~IUnknown() = default;
 };
 
+struct VARIANTRecord {
+  void* data;
+  void* info;
+};
+
 // A tagged value; `vt` says which member holds it. A plain record: copying it copies no ownership.
 struct VARIANT {
   VARTYPE vt;
@@ -81,10 +86,7 @@ struct VARIANT {
     BSTR bstrVal;
     IUnknown* punkVal;  // VT_UNKNOWN and VT_DISPATCH
     void* byref;
-    struct {
-      void* data;
-      void* info;
-    } record;
+    VARIANTRecord record;
   };
 };
 

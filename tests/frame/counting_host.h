@@ -17,25 +17,29 @@ class CountingHost final : public ISBProgressMonitor {
     bool operator==(const Report&) const = default;
   };
 
-  explicit CountingHost(std::string hostName = "", std::string* eventLog = nullptr);
-  ~CountingHost() = default;
-
-  HRESULT QueryInterface(const GUID& interfaceId, void** object) override;
-  std::uint32_t AddRef() override;
-  std::uint32_t Release() override;
-  HRESULT HostMethod4() override;
-  HRESULT HostMethod5() override;
-  HRESULT HostMethod6() override;
-  HRESULT HostMethod7() override;
-  HRESULT ReportProgress(std::int32_t percent, std::int32_t maximum, VARIANT text, VARIANT_BOOL* answer) override;
-
   std::optional<VARIANT_BOOL> answer = VARIANT_TRUE;  // nothing: the answer word stays untouched
   HRESULT result = S_OK;
   std::uint32_t references = 1;  // the test's own
   std::vector<Report> reports;
+  std::string name, *log = nullptr;  // where AddRef and Release are noted down
 
- private:
-  void note(char event);
-  std::string name_;
-  std::string* log_;
+  HRESULT QueryInterface(const GUID&, void**) override { return S_FALSE; }
+  std::uint32_t AddRef() override {
+    if (log != nullptr) *log += "+" + name + " ";
+    return ++references;
+  }
+  std::uint32_t Release() override {
+    if (log != nullptr) *log += "-" + name + " ";
+    return --references;
+  }
+  HRESULT HostMethod4() override { return S_FALSE; }
+  HRESULT HostMethod5() override { return S_FALSE; }
+  HRESULT HostMethod6() override { return S_FALSE; }
+  HRESULT HostMethod7() override { return S_FALSE; }
+  HRESULT ReportProgress(std::int32_t percent, std::int32_t maximum, VARIANT text, VARIANT_BOOL* answerWord) override {
+    reports.push_back({percent, maximum, text.vt, {}});
+    if (text.vt == VT_BSTR) reports.back().text.assign(text.bstrVal, OxaExports::SysStringLen(text.bstrVal));
+    if (answer) *answerWord = *answer;
+    return result;
+  }
 };

@@ -5,6 +5,7 @@
 #include <deque>
 #include <iterator>
 #include <random>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -40,6 +41,14 @@ TEST(MemoryPool, HandsOutAlignedBlocksThatDoNotOverlap) {
     }
     for (const auto& [block, mark] : held) pool.deallocate(block);
     EXPECT_FALSE(pool.deallocate(nullptr));
+    if (size > 4096) continue;
+
+    std::set<void*> first, again;  // what was given back is handed out before anything else
+    for (int i = 0; i < 100; ++i) first.insert(pool.allocate());
+    for (void* block : first) pool.deallocate(block);
+    for (int i = 0; i < 100; ++i) again.insert(pool.allocate());
+    EXPECT_EQ(again, first) << "size " << size;
+    for (void* block : again) pool.deallocate(block);
   }
 }
 
