@@ -29,7 +29,7 @@ void onSignal(int) {
     say(lineOpen != 0 ? "\nstopped: nothing was written.\n" : "stopped: nothing was written.\n");
     _exit(kStopped);
   }
-  // A read that waits for a silent pipe would go on waiting: let it find an end there.
+  // A signal interrupts a read that waits, but not one that begins a moment later: let that one find an end.
   if (nothing >= 0) dup2(nothing, STDIN_FILENO);
 }
 

@@ -85,6 +85,7 @@ Child::Child(const Arguments& arguments, const Setup& setup) {
 
   pid_ = fork();
   if (pid_ == 0) {
+    std::signal(SIGPIPE, SIG_DFL);  // what is ignored here would stay so there
     dup2(in[0], STDIN_FILENO);
     dup2(setup.outFile != nullptr ? open(setup.outFile, O_WRONLY) : out[1], STDOUT_FILENO);
     dup2(err[1], STDERR_FILENO);

@@ -44,8 +44,8 @@ TEST(Interrupt, EndsAReadFromAPipeThatNeverEnds) {
   expectStopped(child, folder, {});
 }
 
-// Wide enough that the analysis and the texts of its results take a while after the first report.
-TEST(Interrupt, EndsAnAnalysis) {
+// Wide enough that the analysis takes a while after its first report, and the texts of its results after the last.
+TEST(Interrupt, EndsAnAnalysisAndHoldsBackItsFiles) {
   const Folder folder;
   constexpr int kColumns = 400, kRows = 420;
   std::mt19937 draw(1);
@@ -54,22 +54,26 @@ TEST(Interrupt, EndsAnAnalysis) {
   for (int i = 0; i < kRows; ++i)
     for (int j = 0; j < kColumns; ++j) text += (j > 0 ? ',' : '\n') + std::to_string(draw() % 100000);
   writeText("wide.csv", text + '\n');
-  Child child({"pca", "wide.csv", "--json", "a.json", "--tables", "tables", "--progress", "json"});
-  ASSERT_TRUE(child.waitForError("\"stage\": \"analysis\"")) << child.err();
-  child.send(SIGINT);
-  expectStopped(child, folder, {"wide.csv"});
+  for (const char* moment : {"\"stage\": \"analysis\"", "\"percent\": 100.0"}) {
+    Child child(
+        {"pca", "wide.csv", "--components", "400", "--json", "a.json", "--tables", "tables", "--progress", "json"});
+    ASSERT_TRUE(child.waitForError(moment)) << child.err();
+    child.send(SIGINT);
+    expectStopped(child, folder, {"wide.csv"});
+  }
 }
 
+// A list of names is read without a look at the signal, so that the first one changes nothing.
 TEST(Interrupt, ASecondOneEndsAtOnce) {
   const Folder folder;
   ASSERT_EQ(mkfifo("pipe", 0600), 0);
   const int writer = open("pipe", O_RDWR);  // the pipe has a writer that says nothing
-  Child child({"pca", "pipe"});
+  Child child({"pca", "table.csv", "--columns", "@pipe"});
   child.waitUntilItCatches(SIGINT);
-  std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  child.send(SIGINT);
-  std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  child.send(SIGINT);
+  for (int i = 0; i < 2; ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    child.send(SIGINT);
+  }
   expectStopped(child, folder, {"pipe"});
   close(writer);
 }
