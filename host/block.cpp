@@ -133,7 +133,7 @@ std::vector<std::size_t> descriptorColumns(const TableView& table, const Roles& 
     } else if (column.kind == ColumnKind::Text) {
       if (byName || (!all && column.strayCount > 0)) refuseText(table, j);
       dropped.push_back({column.name, "text"});
-      if (column.strayCount > 0)
+      if (column.strayCount > 0 && column.strays.front().line == 0)  // else the reader of the file has said so
         remarks.push_back({Severity::Warning,
                            "almost-numeric",
                            fmt::format("{}; it is not used. Correct the cell, or --missing-as \"{}\" to treat it as "
