@@ -88,6 +88,7 @@ TableColumn ColumnBuilder::finished(const std::string& file, int position, std::
 std::string becauseOfStrays(const std::string& name, int position, std::size_t strayCount,
                             const std::vector<StrayCell>& strays) {
   std::vector<std::string> places;
+  places.reserve(strays.size());
   for (const StrayCell& stray : strays)
     places.push_back(fmt::format("line {}, column {}, {}", stray.line, position, quotedCell(stray.text)));
   const std::size_t unlisted = strayCount - strays.size();
@@ -114,6 +115,7 @@ std::vector<std::string> columnNames(const std::vector<std::string>& headings, s
   const auto remark = [&](const char* code, const char* one, const char* many, const std::vector<std::string>& which) {
     if (which.empty()) return;
     std::vector<std::string> shown;
+    shown.reserve(which.size());
     for (const std::string& name : which) shown.push_back(quoted(name));
     remarks.push_back(
         {Severity::Warning, code,
