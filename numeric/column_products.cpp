@@ -56,9 +56,9 @@ void productsWithColumn(ConstMatrix x, std::int32_t n, std::int32_t p, const dou
 ColumnProducts::ColumnProducts(ConstMatrix x, std::int32_t n, std::int32_t p, const double* means, Matrix c,
                                std::int32_t* known)
     : c_{c.data, c.ld}, x_(x), n_(n), p_(p), means_(means), columns_(c.data), known_(known) {
-  // The diagonal is computed in a row and moved to its place from the last element down, before anything else is there.
+  // The diagonal is computed into the first column, which holds nothing yet, and moved to its place.
   columnSquares(x, n, p, means, c.data);
-  for (std::int32_t j = p - 1; j > 0; --j) c(j, j) = c.data[j];
+  for (std::int32_t j = 1; j < p; ++j) c(j, j) = c.data[j];
   std::fill_n(known, std::max(p, 0), 0);
 }
 

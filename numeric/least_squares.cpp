@@ -171,7 +171,7 @@ void UnScale(const double* coef, const double* intercept, const std::int32_t* nC
     coefOut[a] = coef[a] / scale[inList[a] - 1];
     shifted += coefOut[a] * shift[inList[a] - 1];
   }
-  *interceptOut = *nIn < 1 ? *intercept : *intercept - shifted;
+  *interceptOut = *intercept - shifted;
   for (std::int32_t j = 0; j < *nCols - 1; ++j) {
     perVar1[j] /= scale[j];
     perVar2[j] /= scale[j];

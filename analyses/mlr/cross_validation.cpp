@@ -52,7 +52,7 @@ void keepRefit(const MlrValidation& v, MlrScratch& s, std::int32_t g, double int
     refit(v, s, g, a) = s.coef[a];
     shifted += s.coef[a] * v.shift[j] / v.scale[j];
   }
-  refit(v, s, g, v.nIn) = v.nIn == 0 ? intercept : intercept - shifted;
+  refit(v, s, g, v.nIn) = intercept - shifted;
 }
 
 // One fold, counted from 0; kDone or the status of the fit that failed.

@@ -41,6 +41,16 @@ void correlations(ConstMatrix c, std::int32_t p, double* squares, Matrix r) {
   }
 }
 
+// Keeps what the statistics need of the last fit, whose arrays the folds use again; the number of its variables.
+std::int32_t recordModel(const FitArrays& model, std::int32_t n, std::int32_t m, std::int32_t* df, MlrScratch& s) {
+  const auto nIn = m - static_cast<std::int32_t>(std::count(model.inList, model.inList + m, 0));
+  for (std::int32_t a = 0; a < nIn; ++a) s.diagonal[a] = model.inv(a, a);
+  df[0] = nIn;
+  df[1] = n - nIn - 1;
+  df[2] = n - 1;
+  return nIn;
+}
+
 // Makes the plan and the validation order by ascending response. The builder of systematic groups reads its marks of
 // usable rows by position, that of random subsets by row: they are laid out so that both mean the row.
 void orderForValidation(ConstMatrix data, std::int32_t n, std::int32_t p, std::int32_t* rowIds,
@@ -107,36 +117,16 @@ void MulReg(const double* data, const std::int32_t* rowTags, std::int32_t* rowId
   const core::StepHistory history{fStart, sStart, stepPartialF, stepF, stepS, stepAction, stepVar, nSteps};
   *status = core::selectVariables(rows, products, rules, flags, model, &history, scratch.fit);
   if (*status != core::kDone) return;
-
-  std::int32_t nOut = 0;
-  core::SplitVars(&nCols, &m, flags, nIn, inList, &nOut, scratch.outList.data());
-  for (std::int32_t a = 0; a < *nIn; ++a) scratch.diagonal[a] = model.inv(a, a);
-  df[0] = *nIn;
-  df[1] = nRows - *nIn - 1;
-  df[2] = nRows - 1;
-  *press = 0.0;
-  std::fill_n(cvSelCount, m, 0);
+  *nIn = core::recordModel(model, nRows, m, df, scratch);
 
   // 4. Cross-validation of filter and selection.
+  *press = 0.0;
+  std::fill_n(cvSelCount, m, 0);
   core::orderForValidation(x, nRows, nCols, rowIds, usable, scratch);
-  *status = core::crossValidate({.data = x,
-                                 .n = nRows,
-                                 .p = nCols,
-                                 .most = most,
-                                 .rowTags = rowTags,
-                                 .rules = rules,
-                                 .flags = flags,
-                                 .inList = inList,
-                                 .nIn = *nIn,
-                                 .scale = scale,
-                                 .shift = shift,
-                                 .monitor = progressMonitor,
-                                 .continueFlag = continueFlag,
-                                 .press = press,
-                                 .selCount = cvSelCount,
-                                 .coefSd = cvCoefSd,
-                                 .interceptSd = cvInterceptSd},
-                                scratch);
+  const core::MlrValidation validation{x,          nRows,    nCols,        most,  rowTags,         rules,        flags,
+                                       inList,     *nIn,     scale,        shift, progressMonitor, continueFlag, press,
+                                       cvSelCount, cvCoefSd, cvInterceptSd};
+  *status = core::crossValidate(validation, scratch);
   if (*status != core::kDone) return;
 
   // 5. Statistics of the model of all rows, and the model in untransformed units.
