@@ -30,6 +30,11 @@ struct MlrCall {
   double& cell(std::ptrdiff_t i, std::ptrdiff_t j) { return data[static_cast<std::size_t>(i + j * n)]; }
 
   void run(Routine routine = MulReg) {
+    clearOutputs();
+    call(routine);
+  }
+
+  void clearOutputs() {
     const auto r = static_cast<std::size_t>(std::max(n, 0)), c = static_cast<std::size_t>(std::max(p, 0));
     const auto s = static_cast<std::size_t>(maxSteps > 0 ? maxSteps : 0);
     for (auto* v : {&fitted, &resid}) v->assign(r, kUntouched);
@@ -43,6 +48,9 @@ struct MlrCall {
     numbers.assign(9, kUntouched);
     startF.assign(2, -7.25F);
     counts.assign(4, -7);
+  }
+
+  void call(Routine routine) {
     double* x = numbers.data();
     routine(data.data(), rowTags.data(), rowIds.data(), usable.data(), n, p, scale.data(), shift.data(), corr.data(), 0,
             fEnter, fRemove, maxSteps, corrLimit, flags.data(), method, groups, fraction, fitted.data(), resid.data(),
