@@ -38,7 +38,7 @@ void describeRowNames(const TableView& table, const TableView::Column* id, Descr
     description.idColumn = id->name;
     description.idDifferent = differentCells(*id, table.rows());
   }
-  rowNames(table, id, description.remarks);  // tells of repeats
+  if (id || !table.rowNames().empty()) rowNames(table, id, description.remarks);  // tells of repeats
 }
 
 // What every analysis would warn of: columns that only count the rows. Of those that are almost numeric the reader of
