@@ -111,4 +111,25 @@ PcaArguments readPca(const CommandLine& line) {
   return arguments;
 }
 
+MlrArguments readMlr(const CommandLine& line) {
+  MlrArguments arguments;
+  RegressionOptions& analysis = arguments.analysis;
+  arguments.input = readInput(line);
+  analysis.data = readData(line, arguments.input);
+  readName(line, "--response", analysis.response);
+  if (const auto* text = line.value("--select")) analysis.selection = choice("--select", *text, kSelections);
+  if (const auto* text = line.value("--f-enter")) analysis.fEnter = realNumber("--f-enter", *text);
+  if (const auto* text = line.value("--f-remove")) analysis.fRemove = realNumber("--f-remove", *text);
+  if (const auto* text = line.value("--corr-limit")) analysis.corrLimit = realNumber("--corr-limit", *text);
+  if (const auto* text = line.value("--max-steps"))
+    analysis.maxSteps = wholeNumber("--max-steps", *text, 1, std::numeric_limits<int>::max());
+  analysis.start = nameList("--start", line.values("--start"));
+  if (const auto* text = line.value("--folds")) analysis.folds = folds("--folds", *text);
+  if (const auto* text = line.value("--seed")) analysis.folds.seed = wholeNumber("--seed", *text, 0, 161803398);
+  if (const auto* text = line.value("--level")) analysis.level = level("--level", *text);
+  arguments.output = readOutput(line);
+  checkAllRead(line);
+  return arguments;
+}
+
 }  // namespace studystats::cli

@@ -35,7 +35,14 @@ struct PcaArguments {
   OutputOptions output;
 };
 
+struct MlrArguments {
+  InputOptions input;
+  RegressionOptions analysis;
+  OutputOptions output;
+};
+
 DescribeArguments readDescribe(const CommandLine& line);
 PcaArguments readPca(const CommandLine& line);
+MlrArguments readMlr(const CommandLine& line);
 
 }  // namespace studystats::cli

@@ -20,6 +20,7 @@ using Words = std::vector<std::string>;
 // The defaults, as their owners state them.
 const ReadOptions kRead;
 const PrincipalComponentsOptions kPcaOptions;
+const RegressionOptions kMlrOptions;
 const DataOptions& kData = kPcaOptions.data;
 const OutputOptions kOutput;
 
@@ -61,6 +62,7 @@ std::vector<Option> columnRows() {
       repeated(row("--response NAME[,NAME]", kPca, "columns to keep out of the analysis and carry along with the rows",
                    "(none)")),
       repeated(row("--response NAME[,NAME]", kDescribe, "columns to describe beside those of --columns", "(none)")),
+      row("--response NAME", kMlr, "the column to be modelled; rows without a value in it are predicted", "(required)"),
       row("--class NAME", kPca,
           "the column of classes (numbers are read as text): kept out of the analysis, carried along with the rows",
           "(none)"),
@@ -112,6 +114,25 @@ std::vector<Option> analysisRows() {
       row("--components K", kPca, "how many components are kept in output and limits",
           unless(kPcaOptions.components == 0, "the smallest number with 80 % explained, 2 ... 10",
                  fmt::to_string(kPcaOptions.components))),
+      row("--select HOW", kMlr,
+          "how descriptors come into the model; all: every one that the correlation limit leaves:",
+          nameOf(kSelections, kMlrOptions.selection), namesOf(kSelections)),
+      row("--f-enter F", kMlr, "F-to-enter: the partial F that a descriptor needs to stay in",
+          fmt::to_string(kMlrOptions.fEnter)),
+      row("--f-remove F", kMlr, "F-to-remove: below it a descriptor leaves", fmt::to_string(kMlrOptions.fRemove)),
+      row("--corr-limit R", kMlr, "largest absolute correlation between descriptors of the model; 1: no limit",
+          fmt::to_string(kMlrOptions.corrLimit)),
+      row("--max-steps N", kMlr, "most steps of the selection",
+          unless(kMlrOptions.maxSteps == -1, "the larger of 10 and a fifth of the rows",
+                 fmt::to_string(kMlrOptions.maxSteps))),
+      repeated(row("--start LIST", kMlr, "descriptors that are in the model at the start, written as for --columns",
+                   "(none)")),
+      row("--folds FOLDS", kMlr,
+          "how rows are held out: loo (leave-one-out), K groups dealt in the order of the response, or random:N:P% (N "
+          "draws that each hold out P % of the rows)",
+          fmt::to_string(kMlrOptions.folds.groups)),
+      row("--seed N", kMlr, "0 ... 161803398: the same seed draws the same random folds",
+          fmt::to_string(kMlrOptions.folds.seed)),
       row("--level P", kAnalyses, "the level of the limits, between 0 and 1", fmt::to_string(kPcaOptions.level)),
   };
 }
@@ -166,6 +187,18 @@ const std::vector<Command>& commands() {
        "studystats pca wine.csv --class cultivar --components 3 --json wine.json",
        "Three components of the numeric columns; the classes are carried along, everything is written as JSON.",
        runPca},
+      {kMlr,
+       "mlr",
+       {"TABLE"},
+       "stepwise multiple linear regression, the selection cross-validated",
+       "An equation for one response, its descriptors chosen by stepwise selection. Every fold repeats the whole "
+       "selection on its own training rows, so that the cross-validated figures say what the equation predicts, and "
+       "how "
+       "often each descriptor was chosen says how much the choice can be trusted. --scale changes the prepared "
+       "coefficients alone, not the equation.",
+       "studystats mlr bloodbrain.csv --response logBBB --max-steps 12 --json model.json",
+       "At most twelve steps; everything is written as JSON.",
+       runMlr},
   };
   return table;
 }

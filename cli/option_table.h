@@ -14,8 +14,9 @@ class CommandLine;
 enum CommandSet : unsigned {
   kDescribe = 1u << 0,
   kPca = 1u << 1,
+  kMlr = 1u << 2,
 };
-constexpr unsigned kAnalyses = kPca;
+constexpr unsigned kAnalyses = kPca | kMlr;
 constexpr unsigned kEveryCommand = kDescribe | kAnalyses;
 
 struct Command {

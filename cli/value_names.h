@@ -44,6 +44,8 @@ inline constexpr Named<Derivation::Kind> kDerivations[] = {
     {"cubic", Derivation::Kind::Cubic},
 };
 
+inline constexpr Named<Selection> kSelections[] = {{"stepwise", Selection::Stepwise}, {"all", Selection::All}};
+
 inline constexpr Named<char> kDelimiters[] = {
     {"comma", ','}, {"semicolon", ';'}, {"tab", '\t'}, {"\\t", '\t', true}, {"pipe", '|'},
 };

@@ -129,6 +129,28 @@ int wholeNumber(std::string_view option, std::string_view text, int least, int m
   refuse(option, fmt::format("{} {} is not a whole number from {} to {}.", option, inQuotes(text), least, most));
 }
 
+double realNumber(std::string_view option, std::string_view text) {
+  if (const auto value = number(text)) return *value;
+  refuse(option, fmt::format("{} {} is not a number.", option, inQuotes(text)));
+}
+
+Folds folds(std::string_view option, std::string_view text) {
+  constexpr std::string_view kRandom = "random:";
+  if (text == "loo") return Folds::leaveOneOut();
+  if (text.starts_with("column:"))
+    refuse(option, fmt::format("{} {}: folds given by a column are not available; use loo, a number of groups or "
+                               "random:N:P%.",
+                               option, inQuotes(text)));
+  if (!text.starts_with(kRandom)) return Folds::systematic(wholeNumber(option, text, 2, 1000000000));
+  const std::string_view rest = text.substr(kRandom.size());
+  const std::size_t colon = rest.find(':');
+  const std::string_view share = colon == std::string_view::npos ? std::string_view() : rest.substr(colon + 1);
+  const auto percent = share.ends_with('%') ? number(share.substr(0, share.size() - 1)) : std::nullopt;
+  if (!percent)
+    refuse(option, fmt::format("{} {} is not of the form random:N:P%, as in random:100:20%.", option, inQuotes(text)));
+  return Folds::random({.draws = wholeNumber(option, rest.substr(0, colon), 1, 1000000), .heldOut = *percent / 100});
+}
+
 double level(std::string_view option, std::string_view text) {
   const std::string_view digits = text.ends_with('%') ? trimmed(text.substr(0, text.size() - 1)) : text;
   const auto value = number(digits);

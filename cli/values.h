@@ -35,6 +35,12 @@ std::string singleName(std::string_view option, std::string_view text);
 // A whole number from `least` to `most`.
 int wholeNumber(std::string_view option, std::string_view text, int least, int most);
 
+// A number, with a decimal point.
+double realNumber(std::string_view option, std::string_view text);
+
+// loo, K, random:N:P%.
+Folds folds(std::string_view option, std::string_view text);
+
 // A level above 0 and below 1.
 double level(std::string_view option, std::string_view text);
 

@@ -40,11 +40,12 @@ std::string strayText(const TableView::Column& column, std::size_t position) {
                      counted(column.strayCount, "cell", "cells"), where, cell.text);
 }
 
-[[noreturn]] void refuseText(const TableView& table, std::size_t position) {
+[[noreturn]] void refuseText(const TableView& table, std::size_t position, const std::string& option) {
   const TableView::Column& column = table.columns()[position];
-  Where where{.file = table.name(), .column = static_cast<int>(position + 1), .option = "--columns"};
+  Where where{.file = table.name(), .column = static_cast<int>(position + 1), .option = option};
   if (column.strayCount == 0)
-    throw BadOptions(fmt::format("column \"{}\" of {} is text and cannot be a descriptor.", column.name, table.name()),
+    throw BadOptions(fmt::format("column \"{}\" of {} is text and cannot be a {}.", column.name, table.name(),
+                                 option == "--response" ? "response" : "descriptor"),
                      where);
   where.line = column.strays.front().line;
   where.cell = column.strays.front().text;
@@ -68,6 +69,11 @@ std::string otherUse(const TableView::Column& column, const Roles& roles, const 
 std::size_t Block::modelRows() const {
   return static_cast<std::size_t>(
       std::count_if(rows.begin(), rows.end(), [](const BlockRow& row) { return row.role == Role::Model; }));
+}
+
+void requireNumeric(const TableView& table, const std::string& column, const std::string& option) {
+  const std::size_t j = columnNamed(table, column, option);
+  if (table.columns()[j].kind == ColumnKind::Text) refuseText(table, j, option);
 }
 
 std::string cellText(const TableView::Column& column, std::size_t row) {
@@ -131,7 +137,7 @@ std::vector<std::size_t> descriptorColumns(const TableView& table, const Roles& 
                          {.file = table.name(), .option = "--columns"});
       dropped.push_back({column.name, use});
     } else if (column.kind == ColumnKind::Text) {
-      if (byName || (!all && column.strayCount > 0)) refuseText(table, j);
+      if (byName || (!all && column.strayCount > 0)) refuseText(table, j, "--columns");
       dropped.push_back({column.name, "text"});
       if (column.strayCount > 0 && column.strays.front().line == 0)  // else the reader of the file has said so
         remarks.push_back({Severity::Warning,

@@ -13,6 +13,7 @@ namespace studystats {
 struct Roles {
   std::vector<std::string> responses{};
   std::string classColumn{};
+  bool predictWithoutResponse = false;  // a row whose response is missing is kept out of the model and predicted
 };
 
 // A descriptor on its way: its cells over all rows of the block, not-a-number where missing.
@@ -37,6 +38,9 @@ struct Block {
 
   std::size_t modelRows() const;
 };
+
+// Throws BadOptions unless the column is there and numeric; names the cell that makes it text.
+void requireNumeric(const TableView& table, const std::string& column, const std::string& option);
 
 // The text of a cell: as written, or the shortest text of a number; empty when missing.
 std::string cellText(const TableView::Column& column, std::size_t row);

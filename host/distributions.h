@@ -5,6 +5,8 @@ namespace studystats {
 
 // The value below which a variate lies with probability `level`, 0 < level < 1.
 double fQuantile(double level, double df1, double df2);
-double chiSquareQuantile(double level, double df);  // df need not be whole
+double fProbability(double f, double df1, double df2);  // that a variate lies below f
+double tProbability(double t, int df);                  // two-sided: of a larger |t|
+double chiSquareQuantile(double level, double df);      // df need not be whole
 
 }  // namespace studystats

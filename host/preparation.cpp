@@ -53,6 +53,15 @@ void markTestRows(Block& block, const TableView& table, const TestRows& test) {
                      {.file = table.name(), .option = "--test-column"});
 }
 
+// A row without a response cannot be trained on.
+void markWithoutResponse(Block& block, const Roles& roles) {
+  for (BlockRow& row : block.rows)
+    for (const std::string& response : roles.responses) {
+      const TableView::Column* column = row.table->find(response);
+      if (!column || column->missing(row.tableRow)) row.role = Role::Predicted;
+    }
+}
+
 // Appends the rows of another table, columns by name.
 void appendTestTable(Block& block, const TableView& table, const Roles& roles, const DataOptions& options,
                      std::vector<Remark>& remarks) {
@@ -199,6 +208,7 @@ Block extract(const TableView& table, const Roles& roles, const DataOptions& opt
   }
   markTestRows(block, table, options.test);
   if (options.test.table) appendTestTable(block, table, roles, options, remarks);
+  if (roles.predictWithoutResponse) markWithoutResponse(block, roles);
   infinitiesAreMissing(block);
   return block;
 }

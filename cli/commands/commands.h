@@ -7,5 +7,6 @@ namespace studystats::cli {
 
 int runDescribe(const CommandLine& line);
 int runPca(const CommandLine& line);
+int runMlr(const CommandLine& line);
 
 }  // namespace studystats::cli

@@ -1,0 +1,59 @@
+// One call of the regression's entry point: its arrays sized and filled beforehand, its folds set up, its monitor ours.
+#pragma once
+
+#include <studystats/host.h>
+
+#include "host/preparation.h"
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace studystats {
+
+struct PreparedRegression {
+  Prepared data;
+  std::vector<double> response;    // of the model's rows
+  std::vector<std::size_t> start;  // descriptors in the model at the start
+  std::int32_t maxSteps = 0;
+  Folds folds;  // as they can be run
+};
+
+PreparedRegression prepareRegression(const TableView& table, const RegressionOptions& options, Watch& watch);
+
+// Rows that a random draw of these folds holds out.
+std::size_t randomLeaveOut(const Folds& folds, std::size_t rows);
+
+// The response of a row, absent when its cell is missing or its table has no such column.
+std::optional<double> responseOf(const BlockRow& row, const std::string& response);
+
+double sampleSd(std::span<const double> values);
+
+struct RegressionCall {
+  std::vector<double> fitted, resid, rawCoef, coef, cvCoefSd, coefSe, tValue, tProb, sumSq;
+  std::vector<float> stepPartialF, stepF, stepS;
+  std::vector<std::int32_t> flags, rowIds, df, inList, cvSelCount, stepAction, stepVar;
+  double rawIntercept = 0, intercept = 0, multR = 0, fValue = 0, sValue = 0, fProb = 0, q2 = 0, press = 0;
+  double cvInterceptSd = -1;  // never negative when it was written
+  float fStart = 0, sStart = 0;
+  std::int32_t nIn = 0, nSteps = 0, maxSteps = 0, status = 0;
+  std::int64_t reports = 0;  // folds begun
+  std::int32_t foldsPlanned = 0;
+  std::vector<std::size_t> chosen;  // descriptors of the model, from 0
+
+  bool abandoned() const { return cvInterceptSd == -1; }
+};
+
+// Runs the analysis; progress goes from `from` to `to` percent. Throws Stopped and what the progress callback throws.
+RegressionCall callRegression(const PreparedRegression& prepared, const RegressionOptions& options, Watch& watch,
+                              double from, double to);
+
+// q2 of the chosen descriptors alone, all of them kept in every fold; absent when that validation was abandoned.
+std::optional<double> fixedSetQ2(const PreparedRegression& prepared, const std::vector<std::size_t>& chosen,
+                                 Watch& watch, double from, double to);
+
+// The descriptors that say the same within the training rows of the fold at which a validation was abandoned; empty
+// when none are found.
+std::string singularIn(const RegressionCall& call, const Prepared& prepared, const RegressionOptions& options);
+
+}  // namespace studystats
