@@ -1,9 +1,9 @@
-// The host's own progress monitor: what an analysis reports becomes progress of the whole, and what the caller answers goes
-// back to the analysis.
+// The host's own progress monitor: what an analysis reports becomes progress of the whole, and what the caller answers
+// goes back to the analysis.
 //
-// Every call of an entry point that reports gets one, with or without a progress callback: the count of its reports says which
-// fold an analysis had reached. An exception of the callback does not travel through the analysis; it is kept, the
-// analysis is told to stop, and rethrow() lets it go on from there.
+// Every call of an entry point that reports gets one, with or without a progress callback: the count of its reports
+// says which fold an analysis had reached. An exception of the callback does not travel through the analysis; it is
+// kept, the analysis is told to stop, and rethrow() lets it go on from there.
 #pragma once
 
 #include <studystats/frame.h>
