@@ -67,7 +67,7 @@ TEST(Command, RefusesBadOptionsWithTheNearestName) {
       {{"pca", "f.csv", "--\x1b[31m\xff"}, 2, {}, {R"("--\x1b[31m\xff")"}},
       {{"pca", "f.csv", "--colums", "a"}, 2, {}, {"pca has no option \"--colums\". Did you mean --columns?"}},
       {{"pca", "f.csv", "-x"}, 2, {}, {"pca has no option \"-x\""}},
-      {{"describe", "f.csv", "--scale", "none"}, 2, {}, {"describe has no option --scale; it belongs to pca."}},
+      {{"describe", "f.csv", "--scale", "none"}, 2, {}, {"describe has no option --scale; it belongs to pca or mlr."}},
       {{"pca", "f.csv", "--columns"}, 2, {}, {"--columns needs a value: --columns LIST."}},
       {{"pca", "f.csv", "--columns", "--all"}, 2, {}, {"--columns needs a value"}},
       {{"pca", "--columns=", "f.csv"}, 2, {}, {"--columns needs a value"}},
