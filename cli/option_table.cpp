@@ -133,14 +133,15 @@ std::vector<Option> analysisRows() {
           fmt::to_string(kMlrOptions.folds.groups)),
       row("--seed N", kMlr, "0 ... 161803398: the same seed draws the same random folds",
           fmt::to_string(kMlrOptions.folds.seed)),
-      row("--level P", kAnalyses, "the level of the limits, between 0 and 1", fmt::to_string(kPcaOptions.level)),
+      row("--level P", kAnalyses, "the level of limits and intervals, between 0 and 1",
+          fmt::to_string(kPcaOptions.level)),
   };
 }
 
 std::vector<Option> outputRows() {
   return {
-      completing(Completes::Files,
-                 row("--output FILE.csv", kAnalyses, "writes one line a row: name, role, scores, distances", "(off)")),
+      completing(Completes::Files, row("--output FILE.csv", kAnalyses,
+                                       "writes one line a row: name, role, and what the analysis says of it", "(off)")),
       completing(Completes::Files,
                  row("--json FILE", kEveryCommand,
                      "writes everything at full precision; - is standard output, in place of the summary", "(off)")),

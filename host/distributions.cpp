@@ -20,6 +20,11 @@ double tProbability(double t, int df) {
   return 2 * boost::math::cdf(boost::math::complement(boost::math::students_t(df), std::abs(t)));
 }
 
+double tQuantile(double level, int df) {
+  if (df < 1) return std::numeric_limits<double>::quiet_NaN();
+  return boost::math::quantile(boost::math::students_t(df), (1 + level) / 2);
+}
+
 double chiSquareQuantile(double level, double df) { return boost::math::quantile(boost::math::chi_squared(df), level); }
 
 }  // namespace studystats

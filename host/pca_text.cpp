@@ -160,7 +160,7 @@ std::string explain(const TableView& table, const PrincipalComponentsOptions& op
   text += wrapped("components    ", options.components > 0
                                         ? fmt::format("{} kept", options.components)
                                         : std::string("the smallest number with 80 % explained kept, 2 ... 10"));
-  for (const Remark& remark : prepared.remarks) text += wrapped("remark        ", remark.text);
+  text += explainedRemarks(prepared.remarks);
   return text + "nothing was analysed (--explain)\n";
 }
 

@@ -241,6 +241,9 @@ Regression regress(const TableView& table, const RegressionOptions& options) try
   // 3. What the coefficients and rows are worth.
   const LeverageModel leverage(prepared.data.model, call.chosen);
   result.terms = termsOf(call, result.used, leverage, static_cast<bool>(result.validation));
+  const double t = tQuantile(result.level, result.fit.dfResidual);
+  for (RegressionTerm& term : result.terms)
+    if (term.standardError) term.halfWidth = number(t * *term.standardError);
   result.conditionNumber = leverage.condition();
   result.runnersUp = runnersUpOf(call, result.used);
   result.equation = equationOf(result, false);

@@ -55,6 +55,7 @@ Json jsonTerm(const RegressionTerm& term) {
           {"coefficient", jsonNumber(term.coefficient)},
           {"prepared_coefficient", jsonNumber(term.preparedCoefficient)},
           {"standard_error", jsonNumber(term.standardError)},
+          {"half_width", jsonNumber(term.halfWidth)},
           {"t", jsonNumber(term.t)},
           {"p", jsonNumber(term.p)},
           {"fold_spread", jsonNumber(term.foldSpread)},
@@ -86,8 +87,8 @@ std::string exactOr(const std::optional<double>& value) { return value ? exact(*
 
 std::string coefficientsCsv(const Regression& result) {
   CsvText csv;
-  csv.row({"term", "coefficient", "prepared_coefficient", "standard_error", "t", "p", "fold_spread", "per_sd", "vif",
-           "folds_chosen"});
+  csv.row({"term", "coefficient", "prepared_coefficient", "standard_error", "half_width", "t", "p", "fold_spread",
+           "per_sd", "vif", "folds_chosen"});
   for (const RegressionTerm& term : result.terms)
     csv.row({term.name, exact(term.coefficient), exact(term.preparedCoefficient), exactOr(term.standardError),
              exactOr(term.t), exactOr(term.p), exactOr(term.foldSpread), exactOr(term.perSd), exactOr(term.vif),
@@ -141,6 +142,7 @@ std::string toJson(const Regression& result) {
   json["runners_up"] = Json::array();
   for (const SelectedDescriptor& runner : result.runnersUp)
     json["runners_up"].push_back({{"name", runner.name}, {"folds_chosen", runner.folds}});
+  json["level"] = result.level;
   json["leverage_limit"] = jsonNumber(result.leverageLimit);
   json["rows"] = Json::array();
   for (const RegressionRow& row : result.rows) json["rows"].push_back(jsonRow(row));

@@ -224,7 +224,7 @@ std::string explain(const TableView& table, const RegressionOptions& options) {
   else
     text += wrapped("validation    ", fmt::format("{} random draws that hold out {} of {} rows, seed {}",
                                                   folds.draws.draws, randomLeaveOut(folds, n), n, folds.seed));
-  for (const Remark& remark : prepared.data.remarks) text += wrapped("remark        ", remark.text);
+  text += explainedRemarks(prepared.data.remarks);
   return text + "nothing was analysed (--explain)\n";
 }
 

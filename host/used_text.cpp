@@ -104,4 +104,12 @@ std::string explainedData(const UsedData& used) {
   return text;
 }
 
+std::string explainedRemarks(const std::vector<Remark>& remarks) {
+  std::string text;
+  for (const Remark& remark : remarks)  // what was set aside has its own lines
+    if (remark.code != "duplicate-columns" && remark.code != "constant-columns")
+      text += wrapped("remark        ", remark.text);
+  return text;
+}
+
 }  // namespace studystats

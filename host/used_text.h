@@ -4,6 +4,7 @@
 #include <studystats/host.h>
 
 #include <string>
+#include <vector>
 
 namespace studystats {
 
@@ -12,6 +13,7 @@ std::string shownTable(const UsedData& used);                         // "wine.c
 std::string shownRow(const UsedData& used, const std::string& name);  // "wine 12", or "row 12" where rows are numbered
 std::string leftOutText(const UsedData& used);                        // "Not used: ...", "Row names: ..."
 std::string explainedData(const UsedData& used);                      // the first lines of --explain
+std::string explainedRemarks(const std::vector<Remark>& remarks);     // its last lines
 std::string sameAs(const SameInformation& same);                      // "fpsa1 = 1 - fnsa1"
 
 }  // namespace studystats

@@ -557,7 +557,9 @@ struct RegressionTerm {
   std::string name;                     // "(constant)" for the first
   double coefficient = 0;               // table units
   double preparedCoefficient = 0;       // of the prepared descriptors
-  std::optional<double> standardError;  // of the coefficient, table units; none for the constant's table units
+  std::optional<double> standardError;  // of the coefficient, table units
+  std::optional<double> halfWidth;  // of its interval at the options' level, Student's t; too narrow where descriptors
+                                    // were chosen on the same rows
   std::optional<double> t;
   std::optional<double> p;           // two-sided; absent when it could not be computed
   std::optional<double> foldSpread;  // jackknife spread over the folds, table units
