@@ -70,4 +70,16 @@ int Run::finish(Result result) {
   return deliver(report);
 }
 
+// The course of every analysis: tables, then --explain, or the analysis and what it shows and writes.
+template <class Arguments, class Analysis>
+int runAnalysis(const std::string& command, Arguments arguments, Analysis analyse) {
+  Run run(command, arguments.input, arguments.output);
+  run.readTables();
+  run.placeTestRows(arguments.analysis.data.test);
+  if (arguments.output.explain) return run.show(explain(run.table(), arguments.analysis));
+  arguments.analysis.progress = run.progress();
+  arguments.analysis.stop = run.stop();
+  return run.finish(analyse(run.table(), arguments.analysis));
+}
+
 }  // namespace studystats::cli

@@ -61,6 +61,8 @@ std::vector<std::size_t> descriptorColumns(const TableView& table, const Roles& 
 // Columns replaced by functions of themselves; a value outside a function's domain becomes missing and is told of.
 void applyTransforms(Block& block, const std::vector<Transform>& transforms, std::vector<Remark>& remarks);
 
+void eraseColumns(Block& block, const std::vector<bool>& gone);
+
 // Rows and columns dropped, or cells filled, until no descriptor cell is missing. The model's rows alone decide.
 void settleMissing(Block& block, const Missing& missing, UsedData& used, std::vector<Remark>& remarks);
 

@@ -91,16 +91,6 @@ Rescue columnsToExclude(Block block) {
   throw NotComputed("a cell is missing.");
 }
 
-void eraseColumns(Block& block, const std::vector<bool>& gone) {
-  std::size_t kept = 0;
-  for (std::size_t j = 0; j < block.columns.size(); ++j)
-    if (!gone[j]) {
-      if (kept != j) block.columns[kept] = std::move(block.columns[j]);
-      ++kept;
-    }
-  block.columns.resize(kept);
-}
-
 // Drops the rows that still have a gap; those only predicted cannot be predicted either.
 void dropRows(Block& block, const Gaps& gaps, UsedData& used) {
   std::size_t kept = 0;
@@ -180,6 +170,16 @@ void tellDropped(const std::vector<std::string>& byColumn, std::size_t rows, std
 }
 
 }  // namespace
+
+void eraseColumns(Block& block, const std::vector<bool>& gone) {
+  std::size_t kept = 0;
+  for (std::size_t j = 0; j < block.columns.size(); ++j)
+    if (!gone[j]) {
+      if (kept != j) block.columns[kept] = std::move(block.columns[j]);
+      ++kept;
+    }
+  block.columns.resize(kept);
+}
 
 void settleMissing(Block& block, const Missing& missing, UsedData& used, std::vector<Remark>& remarks) {
   dropEmptyColumns(block, countGaps(block), used, remarks);

@@ -4,8 +4,8 @@
 
 namespace studystats {
 
-HostMonitor::HostMonitor(Watch& watch, std::string stage, std::string text, double from, double to, std::int64_t total)
-    : watch_(watch), stage_(std::move(stage)), text_(std::move(text)), from_(from), to_(to), total_(total) {
+HostMonitor::HostMonitor(Watch& watch, std::string stage, std::string text, double from, double to)
+    : watch_(watch), stage_(std::move(stage)), text_(std::move(text)), from_(from), to_(to) {
   progress_.SetStatusText(text_);
   progress_.SetProgressMonitor(Dvo::DvoComPtr<ISBProgressMonitor>(this));
 }
@@ -28,7 +28,9 @@ HRESULT HostMonitor::ReportProgress(std::int32_t, std::int32_t, VARIANT, VARIANT
   *answer = VARIANT_FALSE;
   try {
     // An analysis reports at the start of fold r of total: r - 1 folds are done.
-    watch_.report(stage_, text_, from_, to_, reports_ - 1, total_);
+    const std::int64_t total = progress_.minorIterationCount;
+    watch_.report(stage_, text_ + std::to_string(reports_) + " of " + std::to_string(total), from_, to_, reports_ - 1,
+                  total);
     *answer = VARIANT_TRUE;
   } catch (...) {
     thrown_ = std::current_exception();

@@ -18,8 +18,8 @@ namespace studystats {
 
 class HostMonitor final : public ISBProgressMonitor {
  public:
-  // Reports run from `from` to `to` percent of the whole; `total` is the number of reports to expect.
-  HostMonitor(Watch& watch, std::string stage, std::string text, double from, double to, std::int64_t total);
+  // Reports run from `from` to `to` percent of the whole; `text` stands before their count: "fold ".
+  HostMonitor(Watch& watch, std::string stage, std::string text, double from, double to);
   HostMonitor(const HostMonitor&) = delete;
   HostMonitor& operator=(const HostMonitor&) = delete;
 
@@ -40,7 +40,6 @@ class HostMonitor final : public ISBProgressMonitor {
   Watch& watch_;
   std::string stage_, text_;
   double from_, to_;
-  std::int64_t total_;
   std::int64_t reports_ = 0;
   std::uint32_t references_ = 1;  // its owner's; the object lives on the stack and outlives the analysis
   std::exception_ptr thrown_;

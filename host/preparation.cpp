@@ -251,13 +251,7 @@ void setAsideRepeats(Block& block, UsedData& used, std::vector<Remark>& remarks)
                                    counted(repeats.size(), "column repeats", "columns repeat"),
                                    repeats.size() == 1 ? "was" : "were", listed(repeats)),
                        repeats});
-  std::size_t kept = 0;
-  for (std::size_t j = 0; j < block.columns.size(); ++j)
-    if (!gone[j]) {
-      if (kept != j) block.columns[kept] = std::move(block.columns[j]);
-      ++kept;
-    }
-  block.columns.resize(kept);
+  eraseColumns(block, gone);
 }
 
 std::int32_t count32(std::size_t n) {

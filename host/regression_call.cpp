@@ -149,7 +149,7 @@ RegressionCall run(const Request& request, std::vector<std::int32_t> flags, cons
   const std::int32_t maxFolds = 1;
   std::int32_t goOn = 1;
 
-  HostMonitor monitor(watch, "folds", text, from, to, 0);
+  HostMonitor monitor(watch, "folds", text, from, to);
   const std::scoped_lock lock(validating());
   Nmrrst();
   Nmrand(folds.seed);
@@ -235,7 +235,7 @@ RegressionCall callRegression(const PreparedRegression& prepared, const Regressi
       {matrixOf(model, all, prepared.response), std::move(scale), std::move(shift), static_cast<float>(options.fEnter),
        static_cast<float>(options.fRemove), static_cast<float>(options.corrLimit), count32(model.rows),
        count32(model.columns + 1), prepared.maxSteps},
-      std::move(flags), prepared.folds, watch, "selection repeated in each fold", from, to);
+      std::move(flags), prepared.folds, watch, "fold ", from, to);
 }
 
 std::optional<double> fixedSetQ2(const PreparedRegression& prepared, const std::vector<std::size_t>& chosen,
@@ -244,7 +244,7 @@ std::optional<double> fixedSetQ2(const PreparedRegression& prepared, const std::
   const RegressionCall call =
       run({matrixOf(prepared.data.model, chosen, prepared.response), std::vector<double>(p, 1.0),
            std::vector<double>(p, 0.0), 0.0F, 0.0F, 1.0F, count32(prepared.response.size()), count32(p), 0},
-          std::vector<std::int32_t>(p, 0), prepared.folds, watch, "chosen descriptors kept in each fold", from, to);
+          std::vector<std::int32_t>(p, 0), prepared.folds, watch, "chosen descriptors kept, fold ", from, to);
   if (call.status != 0 || call.abandoned()) return {};
   return call.q2;
 }

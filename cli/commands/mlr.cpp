@@ -5,15 +5,6 @@
 
 namespace studystats::cli {
 
-int runMlr(const CommandLine& line) {
-  MlrArguments arguments = readMlr(line);
-  Run run("mlr", arguments.input, arguments.output);
-  run.readTables();
-  run.placeTestRows(arguments.analysis.data.test);
-  if (arguments.output.explain) return run.show(explain(run.table(), arguments.analysis));
-  arguments.analysis.progress = run.progress();
-  arguments.analysis.stop = run.stop();
-  return run.finish(regress(run.table(), arguments.analysis));
-}
+int runMlr(const CommandLine& line) { return runAnalysis("mlr", readMlr(line), regress); }
 
 }  // namespace studystats::cli

@@ -5,15 +5,6 @@
 
 namespace studystats::cli {
 
-int runPca(const CommandLine& line) {
-  PcaArguments arguments = readPca(line);
-  Run run("pca", arguments.input, arguments.output);
-  run.readTables();
-  run.placeTestRows(arguments.analysis.data.test);
-  if (arguments.output.explain) return run.show(explain(run.table(), arguments.analysis));
-  arguments.analysis.progress = run.progress();
-  arguments.analysis.stop = run.stop();
-  return run.finish(principalComponents(run.table(), arguments.analysis));
-}
+int runPca(const CommandLine& line) { return runAnalysis("pca", readPca(line), principalComponents); }
 
 }  // namespace studystats::cli

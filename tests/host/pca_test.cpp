@@ -176,13 +176,14 @@ TEST(TheHostsMonitor, CarriesTheCallersAnswerThroughTheLibrary) {
   };
   const ProgressCallback callback = [&](const Progress& p) {
     percents.push_back(p.percent);
+    EXPECT_EQ(p.text, "fold " + std::to_string(p.done + 1) + " of 4");
     if (p.done == 2) throw Upset();
     return true;
   };
   const StopSignal never;
   Watch watch(callback, never);
   {
-    HostMonitor monitor(watch, "folds", "fold", 20, 80, 4);
+    HostMonitor monitor(watch, "folds", "fold ", 20, 80);
     EXPECT_EQ(fold(monitor, 1, 4), 1);
     EXPECT_EQ(fold(monitor, 2, 4), 1);
     EXPECT_NO_THROW(monitor.rethrow());
