@@ -6,6 +6,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "host/reader_source.h"
 #include "host/text.h"
 
 namespace studystats {
@@ -22,10 +23,12 @@ std::string quoted(const std::string& name) { return '"' + name + '"'; }
 
 ColumnBuilder::ColumnBuilder(std::string name, bool askedAsText, std::size_t expectedRows)
     : isText_(askedAsText), askedAsText_(askedAsText), name_(std::move(name)), expectedRows_(expectedRows) {
-  if (askedAsText)
+  if (askedAsText) {
     texts_.reserve(expectedRows);
-  else
+  } else {
     numbers_.reserve(expectedRows);
+    askForLargePages(numbers_.data(), numbers_.capacity() * sizeof(double));
+  }
 }
 
 void ColumnBuilder::becomeText(std::size_t row) {

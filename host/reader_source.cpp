@@ -39,16 +39,15 @@ class InputFile {
   int descriptor_;
 };
 
-// Large pages spare a file of 200 MB some fifty thousand page faults. Nothing depends on the answer.
-void askForLargePages(char* buffer, std::size_t size) {
-  constexpr std::size_t kLargePage = std::size_t{2} << 20;
-  void* first = buffer;
-  if (std::align(kLargePage, kLargePage, first, size)) ::madvise(first, size / kLargePage * kLargePage, MADV_HUGEPAGE);
-}
-
 bool startsWith(std::string_view text, std::string_view bytes) { return text.substr(0, bytes.size()) == bytes; }
 
 }  // namespace
+
+void askForLargePages(void* memory, std::size_t size) {
+  constexpr std::size_t kLargePage = std::size_t{2} << 20;
+  if (std::align(kLargePage, kLargePage, memory, size))
+    ::madvise(memory, size / kLargePage * kLargePage, MADV_HUGEPAGE);
+}
 
 std::string shownFile(const std::string& path) { return path == "-" ? "standard input" : path; }
 

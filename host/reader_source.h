@@ -32,6 +32,9 @@ class FileText {
   std::size_t capacity_ = 0;
 };
 
+// Asks the system for large pages below what is about to be filled: fewer faults. Has no other effect.
+void askForLargePages(void* memory, std::size_t size);
+
 // What messages call the table that is read from `path`.
 std::string shownFile(const std::string& path);
 
