@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "cli/interrupt.h"
@@ -88,7 +89,7 @@ void ProgressBar::draw(const Progress& progress, double percent) {
 std::string ProgressBar::timeLeft(double percent) const {
   const double elapsed = std::chrono::duration<double>(Clock::now() - start_).count();
   if (elapsed < 1 || percent < 1 || percent >= 100) return {};
-  const auto seconds = static_cast<long long>(elapsed * (100 - percent) / percent + 0.5);
+  const long long seconds = std::llround(elapsed * (100 - percent) / percent);
   const long long hours = seconds / 3600, minutes = seconds / 60 % 60;
   if (hours > 0) return fmt::format("{}:{:02}:{:02} left", hours, minutes, seconds % 60);
   return fmt::format("{}:{:02} left", minutes, seconds % 60);

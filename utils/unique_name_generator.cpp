@@ -11,7 +11,7 @@ UniqueNameGenerator::~UniqueNameGenerator() = default;
 std::string UniqueNameGenerator::UniqueName(const std::string& base) {
   if (usedNames_.insert(base).second) return base;
   for (std::int64_t& n = firstCandidate_.insert({base, 2}).first->second;; ++n) {
-    const std::string candidate = Dvo::DvoFormat("%1 (%2)") << base << n;
+    std::string candidate = Dvo::DvoFormat("%1 (%2)") << base << n;
     if (usedNames_.insert(candidate).second) return candidate;
   }
 }
