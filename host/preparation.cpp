@@ -165,6 +165,12 @@ Grid predictedGrid(const Block& block, const UsedData& used, std::size_t rows) {
   return grid;
 }
 
+// "x -> log ( x )", "x * z", or "x * z (2) = x * z" where the name was taken.
+std::string madeText(const BlockColumn& column) {
+  if (column.source != "Derived") return column.source + " -> " + column.name;
+  return column.name == column.formula ? column.name : column.name + " = " + column.formula;
+}
+
 // The extraction, recorded as the library's own record has it.
 void record(const StatsDataInput& asked, const Prepared& prepared, const Block& block, UsedData& used) {
   StatsDataFactoryResults results;
@@ -178,9 +184,11 @@ void record(const StatsDataInput& asked, const Prepared& prepared, const Block& 
   for (const Dropped& row : used.droppedRows) results.AddToRowsEliminated(row.name);
   for (const BlockColumn& column : block.columns) {
     if (column.source != "Derived") results.AddToColumnsExtracted(column.source);
-    if (!column.formula.empty()) results.AddToColumnFormulae(column.formula);
-    used.formulas.insert(used.formulas.end(), column.formula.empty() ? 0U : 1U, column.name + " = " + column.formula);
+    if (column.formula.empty()) continue;
+    results.AddToColumnFormulae(column.formula);
+    used.formulas.push_back(madeText(column));
   }
+  results.AddToColumnHeadings(used.descriptors);
   std::vector<std::string> extracted;
   results.GetColumnsExtracted(&extracted);
   std::sort(extracted.begin(), extracted.end());

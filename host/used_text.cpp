@@ -82,6 +82,7 @@ std::string leftOutText(const UsedData& used) {
     for (const SameInformation& same : used.setAside) repeats.push_back(sameAs(same));
     text += wrapped("Set aside: ", listed(repeats));
   }
+  if (!used.formulas.empty()) text += wrapped("Made: ", listed(used.formulas));
   const std::vector<Dropped> columns = withoutRowNames(used);
   std::string last = columns.empty() ? std::string() : "Not used: " + byReason(columns) + ".";
   if (!used.idColumn.empty()) last += (last.empty() ? "" : "  ") + ("Row names: " + used.idColumn);

@@ -322,7 +322,7 @@ struct UsedData {
   std::size_t cellsEliminated = 0;  // cells of dropped rows and columns that were missing
   ExtractionCounts rowCounts;
   ExtractionCounts columnCounts;
-  std::vector<std::string> formulas;  // of transformed and derived columns, "heading = formula"
+  std::vector<std::string> formulas;  // of columns made here: "x -> log ( x )", "x * z"
   Scaling scaling = Scaling::Autoscale;
   std::vector<double> shift;  // per descriptor: prepared = (value - shift) / scale
   std::vector<double> scale;

@@ -187,7 +187,8 @@ TEST(MadeColumns, AreTransformsInPlaceAndProductsAppended) {
   EXPECT_DOUBLE_EQ(result.model(1, 1), std::log(5.0));
   EXPECT_DOUBLE_EQ(result.model(2, 3), 9);
   EXPECT_DOUBLE_EQ(result.model(2, 5), 15);
-  EXPECT_EQ(result.used.formulas.size(), 5u);
+  EXPECT_EQ(result.used.formulas, (std::vector<std::string>{"x -> log10 ( x )", "y -> log ( y )", "log10 ( x )^2",
+                                                            "z^2", "log10 ( x ) * z"}));
 
   EXPECT_EQ(sentence(table, {.transforms = {{"w", Transform::Kind::Ln}}}).substr(0, 46),
             "--transform w: there is no descriptor \"w\".");
