@@ -125,6 +125,7 @@ std::string stopReasonOf(const RegressionCall& call, const UsedData& used, const
   if (options.selection == Selection::All) return "every descriptor within the correlation limit is in the model";
   const auto k = static_cast<std::size_t>(call.nSteps);
   if (call.nSteps >= call.maxSteps) return fmt::format("stopped by --max-steps {}", call.maxSteps);
+  if (call.chosen.size() == used.descriptors.size()) return "every descriptor is in the model";
   if (call.stepAction[k] != 1) return "no candidate is left within the correlation limit";
   const std::string& next = used.descriptors[static_cast<std::size_t>(call.stepVar[k] - 1)];
   if (k + 1 < call.stepAction.size() && call.stepAction[k + 1] == 0)

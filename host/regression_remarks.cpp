@@ -2,6 +2,7 @@
 #include "host/regression.h"
 #include "host/regression_call.h"
 #include "host/text.h"
+#include "host/used_text.h"
 
 #include <fmt/format.h>
 
@@ -59,17 +60,18 @@ void remarkOnRows(Regression& result) {
   std::vector<std::pair<double, std::string>> far;
   std::vector<std::string> large, outside;
   for (const RegressionRow& row : result.rows) {
+    const std::string name = shownRow(result.used, row.name);
     if (row.role == Role::Predicted) {
-      if (row.leverage > result.leverageLimit) outside.push_back(row.name);
+      if (row.leverage > result.leverageLimit) outside.push_back(name);
       continue;
     }
-    if (row.leverage > result.leverageLimit) far.emplace_back(row.leverage, row.name);
+    if (row.leverage > result.leverageLimit) far.emplace_back(row.leverage, name);
     if (row.standardised && std::abs(*row.standardised) > kLargeResidual)
-      large.push_back(fmt::format("{} ({})", row.name, fixed(*row.standardised, 1)));
+      large.push_back(fmt::format("{} ({})", name, fixed(*row.standardised, 1)));
   }
   std::stable_sort(far.begin(), far.end(), [](const auto& a, const auto& b) { return a.first > b.first; });
   std::vector<std::string> names;
-  for (const auto& [leverage, name] : far) names.push_back(fmt::format("{} ({})", name, significant(leverage, 2)));
+  for (const auto& [leverage, row] : far) names.push_back(fmt::format("{} ({})", row, significant(leverage, 2)));
   if (!names.empty())
     result.remarks.push_back({Severity::Note, "high-leverage",
                               fmt::format("{} leverage above {}: {}.", counted(names.size(), "row has", "rows have"),

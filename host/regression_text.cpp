@@ -182,16 +182,16 @@ std::string predictedTable(const Regression& result, const TextOptions& options)
 std::string describedFolds(const FoldPlan& plan) {
   if (plan.kind == Folds::Kind::LeaveOneOut) return fmt::format("leave-one-out, {} folds", plan.folds);
   if (plan.kind == Folds::Kind::Random)
-    return fmt::format("{} random draws holding out {}, seed {}", plan.folds, counted(plan.largest, "row", "rows"),
-                       plan.seed);
+    return fmt::format("{} random draws of {}", plan.folds, counted(plan.largest, "row", "rows"));
   return plan.smallest == plan.largest ? fmt::format("{} folds of {} rows", plan.folds, plan.smallest)
                                        : fmt::format("{} folds", plan.folds);
 }
 
 std::string summary(const Regression& result, const TextOptions& options) {
+  std::string steps = path(result);
+  if (!steps.empty()) steps += (options.all && !result.steps.empty() ? stepTable(result) : std::string()) + "\n";
   return title(result) + leftOutText(result.used) + "\n" + frame(result) + "\n" + termTable(result, options) + "\n" +
-         path(result) + (options.all && !result.steps.empty() ? stepTable(result) : std::string()) + "\n" +
-         equationLines(result) + predictedTable(result, options);
+         steps + equationLines(result) + predictedTable(result, options);
 }
 
 std::string explain(const TableView& table, const RegressionOptions& options) {
