@@ -178,26 +178,26 @@ void placeRows(Regression& result, const Prepared& prepared, const RegressionCal
   }
 }
 
-void judgeValidation(Regression& result, const RegressionCall& call, const Prepared& prepared,
-                     const RegressionOptions& options, std::size_t n) {
-  if (!call.abandoned()) {
-    RegressionValidation validation{.q2 = call.q2,
-                                    .press = call.press,
-                                    .rmse = std::sqrt(call.press / static_cast<double>(n)),
-                                    .constantSpread = call.cvInterceptSd};
+void judgeValidation(Regression& result, const RegressionCall& call, const PreparedRegression& prepared) {
+  const std::optional<SingularFold> singular = singularFold(call, prepared);
+  if (!singular) {
+    RegressionValidation validation;
+    validation.q2 = call.q2;
+    validation.press = call.press;
+    validation.rmse = std::sqrt(call.press / static_cast<double>(prepared.response.size()));
+    validation.constantSpread = call.cvInterceptSd;
     result.validation = validation;
     return;
   }
-  const std::string culprits = singularIn(call, prepared, options);
-  const std::string fold = fmt::format("fold {} of {} became singular{}", call.reports, call.foldsPlanned,
-                                       culprits.empty() ? "" : " (" + culprits + ")");
+  const std::string fold = fmt::format("fold {} of {} became singular{}", singular->fold, call.foldsPlanned,
+                                       singular->culprits.empty() ? "" : " (" + singular->culprits + ")");
   result.validation = Result<RegressionValidation>::failure(fold);
   result.remarks.push_back(
       {Severity::Warning,
        "not-validated",
        fmt::format("not validated: {}. Try --exclude one of its descriptors, a lower --corr-limit (now "
                    "{}), or other folds (--folds {}).",
-                   fold, brief(options.corrLimit, 6), call.foldsPlanned > 5 ? 5 : 10),
+                   fold, brief(result.corrLimit, 6), call.foldsPlanned > 5 ? 5 : 10),
        {}});
 }
 
@@ -230,7 +230,7 @@ Regression regress(const TableView& table, const RegressionOptions& options) try
   result.plan = planOf(call, prepared.folds, n);
   result.steps = stepsOf(call, result.used);
   result.stopReason = stopReasonOf(call, result.used, options);
-  judgeValidation(result, call, prepared.data, options, n);
+  judgeValidation(result, call, prepared);
 
   // 2. The figure that other tools print: the chosen descriptors alone, all of them in every fold.
   if (result.validation && !call.chosen.empty() && options.selection == Selection::Stepwise) {

@@ -19,6 +19,7 @@ namespace {
 
 constexpr double kUnset = std::numeric_limits<double>::quiet_NaN();
 constexpr std::int32_t kMostSeed = 161803398;
+constexpr std::size_t kMostCompared = 100'000'000;  // cells: a second or so
 
 // The library's validation settings and generator are process-wide: one validating analysis at a time.
 std::mutex& validating() {
@@ -171,6 +172,24 @@ RegressionCall run(const Request& request, std::vector<std::int32_t> flags, cons
   return call;
 }
 
+// Of the columns, the first two that say the same in the training rows of a fold: "x3, x7 identical in its rows".
+std::string identicalInFold(const RegressionCall& call, const Prepared& prepared,
+                            const std::vector<std::size_t>& columns, std::int64_t fold) {
+  std::vector<std::size_t> training;  // entry i of the order is in fold i mod G + 1
+  for (std::size_t i = 0; i < call.rowIds.size(); ++i)
+    if (static_cast<std::int64_t>(i) % call.foldsPlanned + 1 != fold)
+      training.push_back(static_cast<std::size_t>(call.rowIds[i] - 1));
+  std::vector<std::vector<double>> cells;
+  for (const std::size_t j : columns) {
+    cells.emplace_back();
+    for (const std::size_t row : training) cells.back().push_back(prepared.model(row, j));
+  }
+  const std::vector<SamePair> pairs = sameInformation({cells.begin(), cells.end()});
+  if (pairs.empty()) return {};
+  return fmt::format("{}, {} identical in its rows", prepared.used.descriptors[columns[pairs.front().kept]],
+                     prepared.used.descriptors[columns[pairs.front().setAside]]);
+}
+
 }  // namespace
 
 std::optional<double> responseOf(const BlockRow& row, const std::string& response) {
@@ -249,21 +268,21 @@ std::optional<double> fixedSetQ2(const PreparedRegression& prepared, const std::
   return call.q2;
 }
 
-std::string singularIn(const RegressionCall& call, const Prepared& prepared, const RegressionOptions& options) {
-  if (options.folds.kind == Folds::Kind::Random || call.reports < 1) return {};
-  std::vector<std::size_t> training;  // entry i of the order is in fold i mod G + 1
-  for (std::size_t i = 0; i < call.rowIds.size(); ++i)
-    if (static_cast<std::int64_t>(i) % call.foldsPlanned + 1 != call.reports)
-      training.push_back(static_cast<std::size_t>(call.rowIds[i] - 1));
-  std::vector<std::vector<double>> cells;
-  for (std::size_t j = 0; j < prepared.model.columns; ++j) {
-    cells.emplace_back();
-    for (const std::size_t row : training) cells.back().push_back(prepared.model(row, j));
+std::optional<SingularFold> singularFold(const RegressionCall& call, const PreparedRegression& prepared) {
+  const Prepared& data = prepared.data;
+  const bool dealt = prepared.folds.kind != Folds::Kind::Random;  // else nobody knows the rows of a fold
+  std::vector<std::size_t> all(data.model.columns);
+  std::iota(all.begin(), all.end(), std::size_t{0});
+  if (call.abandoned()) {
+    std::string culprits = dealt ? identicalInFold(call, data, call.chosen, call.reports) : std::string();
+    if (culprits.empty() && dealt) culprits = identicalInFold(call, data, all, call.reports);
+    return SingularFold{call.reports, culprits};
   }
-  const std::vector<SamePair> pairs = sameInformation({cells.begin(), cells.end()});
-  if (pairs.empty()) return {};
-  return fmt::format("{}, {} identical in its rows", prepared.used.descriptors[pairs.front().kept],
-                     prepared.used.descriptors[pairs.front().setAside]);
+  const std::size_t cells = static_cast<std::size_t>(call.foldsPlanned) * data.model.rows * call.chosen.size();
+  for (std::int64_t fold = 1; dealt && cells <= kMostCompared && fold <= call.foldsPlanned; ++fold)
+    if (std::string culprits = identicalInFold(call, data, call.chosen, fold); !culprits.empty())
+      return SingularFold{fold, culprits};
+  return {};
 }
 
 }  // namespace studystats

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace studystats {
@@ -52,8 +53,14 @@ RegressionCall callRegression(const PreparedRegression& prepared, const Regressi
 std::optional<double> fixedSetQ2(const PreparedRegression& prepared, const std::vector<std::size_t>& chosen,
                                  Watch& watch, double from, double to);
 
-// The descriptors that say the same within the training rows of the fold at which a validation was abandoned; empty
-// when none are found.
-std::string singularIn(const RegressionCall& call, const Prepared& prepared, const RegressionOptions& options);
+// The fold that spoils a validation: the one at which the analysis abandoned it, or one in whose training rows two
+// descriptors of the model say the same. The analysis sees only a pivot that is exactly 0; scaled copies leave rounding
+// noise there, and with it an inverse without meaning. Random folds, and tables too large to compare, are taken at the
+// analysis's word.
+struct SingularFold {
+  std::int64_t fold = 0;
+  std::string culprits;  // "x3, x7 identical in its rows"; empty when none were found
+};
+std::optional<SingularFold> singularFold(const RegressionCall& call, const PreparedRegression& prepared);
 
 }  // namespace studystats
