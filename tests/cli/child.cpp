@@ -36,6 +36,13 @@ std::array<int, 2> newTerminal() {
 
 }  // namespace
 
+bool terminalsCanBeHad() {
+  std::array<int, 2> ends{};
+  if (openpty(&ends[0], &ends[1], nullptr, nullptr, nullptr) != 0) return false;
+  for (const int end : ends) ::close(end);
+  return true;
+}
+
 Folder::Folder() : before_(fs::current_path()) {
   std::string pattern = (fs::temp_directory_path() / "studystats-test-XXXXXX").string();
   if (mkdtemp(pattern.data()) == nullptr) std::abort();

@@ -15,6 +15,9 @@ namespace studystats::cli::test {
 
 using Arguments = std::vector<std::string>;
 
+// False in a root without pseudo-terminals (no /dev/pts).
+bool terminalsCanBeHad();
+
 // A temporary folder, the working directory of this process while it lives.
 class Folder {
  public:

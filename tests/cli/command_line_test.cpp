@@ -183,6 +183,7 @@ TEST(Color, FollowsOptionTerminalAndEnvironment) {
   const auto terminal = Child::Output::Terminal;
   EXPECT_FALSE(colored({}));
   EXPECT_TRUE(colored({}, {"--color", "always"}));
+  if (!terminalsCanBeHad()) GTEST_SKIP() << "no pseudo-terminal is to be had here";
   EXPECT_TRUE(colored({.err = terminal, .environment = {"TERM=xterm", "NO_COLOR="}}));
   EXPECT_FALSE(colored({.err = terminal, .environment = {"TERM=xterm", "NO_COLOR="}}, {"--color=never"}));
   EXPECT_FALSE(colored({.err = terminal, .environment = {"TERM=xterm", "NO_COLOR=1"}}));
