@@ -215,6 +215,102 @@ STUDYSTATS_API void MulReg(const double* data, const int32_t* rowTags, int32_t* 
                            int32_t* stepVar, int32_t* nIn, int32_t* nSteps, const int32_t* maxFolds, int32_t* status,
                            struct ProgressMonitor* progressMonitor, int32_t* continueFlag);
 
+/* ---------------------------------------------------------------------------------------------------------------------
+ * Discriminant analysis
+ */
+
+/* Chooses variables that tell known classes apart, and classifies samples by the nearest class mean in Mahalanobis
+ * distance under the pooled within-class covariance of those variables: n = nSamples samples in rows, p = nVars
+ * variables in columns, g = nClasses classes. Equal prior probabilities are implied. With one variable chosen the
+ * distance is the plain difference from the class mean.
+ *
+ * The step and fraction arrays hold 32-bit floats, and steps and ties are decided on them.
+ *
+ *   argument           dir     shape  meaning
+ *   data               in      n x p  the variables
+ *   classOf            in      n x 2  column 1: class of each sample, 1 ... g; any other number is an unknown class.
+ *                                     Column 2 is not looked at
+ *   modelRows          out     n      rows of the model's samples (counted from 1, in increasing order), then those of
+ *                                     the others; the validation sorts them all by class, ties as they were
+ *   inModel            in      n      1: takes part in the model, and may be a training sample of a fold. Other: is
+ *                                     only classified, by the final model and in every fold. Such a sample, when its
+ *                                     class is known, still counts as a member of it in the divisor of the class mean
+ *                                     of the model, and in cvConfusion: pass 0 as its class to keep it out
+ *   nSamples           in      value  number of samples, n
+ *   nVars              in      value  number of variables, p
+ *   nClasses           in      value  number of classes, g
+ *   selectMode         in      value  0: stepwise, until the fraction correct reaches 0.999999 or falls, or stands
+ *                                     still (within 1e-5) while the sum of distances between class means grows by less
+ *                                     than 5 %. 1: stepwise to nSelect variables, one at least. 2: all variables when
+ *                                     nSelect is below 1. Anything else: stepwise as long as a variable can be taken.
+ *                                     Two classes: the variable with the largest fraction correct is taken next; else
+ *                                     the one with the largest sum of distances between class means. Within 1e-5 the
+ *                                     other figure decides, and then the lower variable
+ *   nSelect            in      value  number of variables for mode 1
+ *   cvMethod           in      value  1: systematic groups, dealt along the samples sorted by class so that each has
+ *                                     its share of every class; other: random subsets, drawn with Nmrand
+ *   cvGroups           in      value  number of groups; below 1: one sample a group (leave-one-out)
+ *   cvFraction         in      value  random subsets: multiplier for the number of folds
+ *   canonVectors       out     p x p  column k, rows 1 ... m (m variables chosen): direction of canonical function k,
+ *                                     of unit length, in the coordinates in which the within-class scatter is the
+ *                                     identity: row a belongs to its a-th eigenvector, divided by the root of its
+ *                                     eigenvalue. Other entries are not written. With one variable chosen: 1
+ *   canonValues        out     p      eigenvalue of each canonical function (between-class over within-class sum of
+ *                                     squares along it), largest first. With one variable chosen: 1, a placeholder
+ *   stepFraction       out     p      by step: fraction of the model's samples classified correctly
+ *   stepClassFraction  out     p x g  by step and class: the same of the class's samples. A row behind nSteps may hold
+ *                                     a step that was refused
+ *   cvFractionCorrect  out     1      weight of the plan * samples held out and classified correctly / n. The divisor
+ *                                     counts samples of unknown class and samples outside the model, too
+ *   cvClassFraction    out     g      the same for the samples of each class that were held out; not a number when none
+ *                                     was
+ *   distances          out     n x g  distance of every sample to every class mean under the model of all samples
+ *   selected           out     p      1 = variable of the model of all samples, 0 = not
+ *   cvSelCount         out     p      number of folds whose own selection chose the variable
+ *   selectOrder        out     p      by step: the variable taken, counted from 1; 0 when all are taken in one step
+ *   confusion          out     g x g  model samples of true class (row) by predicted class (column), resubstituted
+ *   cvConfusion        out     g x g  the same of samples held out; a random plan may hold a sample out several times,
+ *                                     or never
+ *   nSteps             out     1      number of selection steps
+ *   nCanonical         out     1      number of canonical functions: the smaller of m and g - 1; 1 with one variable
+ *   status             out     1      see below
+ *   progressMonitor    in      value  told of each fold before it runs; may be null
+ *   continueFlag       out     1      1; 0 when the host asked to stop
+ *
+ *   status   meaning
+ *   0        success; every output is written
+ *   1        the within-class covariance of a subset that was tried is singular: variables that depend exactly on each
+ *            other within classes, or hold not-a-numbers. The first such candidate ends the selection. Also when an
+ *            eigenvalue of the canonical problem did not converge. Also for numbers that make no analysis (a model
+ *            sample of a class outside 1 ... g, no more model samples than classes, g < 1, n < 0, p < 0): then no
+ *            output but continueFlag is written
+ *   2        no variable could be selected
+ *   5        scratch memory (about 64 p^2 + 8 n p bytes) could not be obtained. No output but continueFlag is written
+ *   999      the host asked to stop. Written are modelRows, selected, confusion and the steps; cvSelCount and
+ *            cvConfusion count the folds that ended, whose classifications left traces in distances
+ *
+ * After status 1 or 2 from the model of all samples, modelRows (the model's samples), selected, nSteps and the steps so
+ * far are written. A selection that fails in a fold starts the validation over, once, with one sample a group; reports
+ * begin again at 1. When it fails there too, the status is that of the failure, and outputs are as after 999.
+ *
+ * Reports f of F before fold f. A failure of the host passes through as an exception, and nothing leaks. Stores the
+ * process-wide validation settings (a restart leaves the groups at 0) and may draw from the generator: one validating
+ * analysis at a time. Cost: n * p^2 a fit, and for each selection step, on all samples and in every fold, the inverse
+ * of a covariance for each candidate; two classes also n * g * m^2 for each.
+ *
+ * Sources: McLachlan, Discriminant Analysis and Statistical Pattern Recognition (1992); Seber, Multivariate
+ * Observations (1984), section 5.8 (canonical functions); Hastie, Tibshirani & Friedman, The Elements of Statistical
+ * Learning, 2nd ed. (2009), section 7.10.2 (validating the selection, too).
+ */
+STUDYSTATS_API void DisAnl(const double* data, const int32_t* classOf, int32_t* modelRows, const int32_t* inModel,
+                           int32_t nSamples, int32_t nVars, int32_t nClasses, int32_t selectMode, int32_t nSelect,
+                           int32_t cvMethod, int32_t cvGroups, float cvFraction, double* canonVectors,
+                           double* canonValues, float* stepFraction, float* stepClassFraction, float* cvFractionCorrect,
+                           float* cvClassFraction, float* distances, int32_t* selected, int32_t* cvSelCount,
+                           int32_t* selectOrder, int32_t* confusion, int32_t* cvConfusion, int32_t* nSteps,
+                           int32_t* nCanonical, int32_t* status, struct ProgressMonitor* progressMonitor,
+                           int32_t* continueFlag);
+
 #ifdef __cplusplus
 }
 #endif

@@ -1,0 +1,211 @@
+// The squared distance d' W d of a sample is sum over j of d(j) * (sum over k of W(j, k) * d(k)), variables in
+// increasing order. A strip of samples is worked on at a time, side by side in the innermost loops; each sample has its
+// own accumulators and sees the variables in their order, so the strips change the speed and not one bit.
+//
+// Mahalanobis (1936), Proceedings of the National Institute of Sciences of India 2, 49-55.
+#include "analyses/da/subset_model.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "numeric/multiversion.h"
+#include "numeric/status.h"
+
+namespace studystats::core {
+namespace {
+
+constexpr int kStrip = 64;     // samples taken together
+constexpr int kVariables = 4;  // variables added to a sum in one pass over the strip
+constexpr int kLanes = 8;      // strips are padded to whole vectors
+
+std::ptrdiff_t padded(std::ptrdiff_t n, int to) { return (n + to - 1) / to * to; }
+
+STUDYSTATS_MULTIVERSION
+void subtractCentre(const double* __restrict values, double centre, int n, double* __restrict d) {
+  for (int q = 0; q < n; ++q) d[q] = values[q] - centre;
+}
+
+STUDYSTATS_MULTIVERSION
+void squares(const double* __restrict d, int lanes, double* __restrict squared) {
+  for (int q = 0; q < lanes; ++q) squared[q] = d[q] * d[q];
+}
+
+// squared(q) = d(., q)' W d(., q). Rows of W and of d are padded with zeros to whole kVariables: adding 0 * 0 to a sum
+// that began at +0 changes no bit of it.
+STUDYSTATS_MULTIVERSION
+void quadraticForms(const double* __restrict weights, std::ptrdiff_t m, std::ptrdiff_t nPadded,
+                    const double* __restrict d, int lanes, double* __restrict squared) {
+  alignas(64) double inner[kStrip];
+  for (int q = 0; q < lanes; ++q) squared[q] = 0.0;
+  for (std::ptrdiff_t j = 0; j < m; ++j) {
+    const double* w = weights + j * nPadded;
+    for (int q = 0; q < lanes; ++q) {
+      double sum = 0.0;
+      for (int v = 0; v < kVariables; ++v) sum += w[v] * d[v * kStrip + q];
+      inner[q] = sum;
+    }
+    for (std::ptrdiff_t k = kVariables; k < nPadded; k += kVariables) {
+      const double* dk = d + k * kStrip;
+      for (int q = 0; q < lanes; ++q) {
+        double sum = inner[q];
+        for (int v = 0; v < kVariables; ++v) sum += w[k + v] * dk[v * kStrip + q];
+        inner[q] = sum;
+      }
+    }
+    const double* dj = d + j * kStrip;
+    for (int q = 0; q < lanes; ++q) squared[q] += dj[q] * inner[q];
+  }
+}
+
+// A later class replaces the nearest so far only when it is strictly nearer.
+STUDYSTATS_MULTIVERSION
+void keepNearer(const double* __restrict squared, double c, int lanes, double* __restrict least,
+                double* __restrict nearest) {
+  for (int q = 0; q < lanes; ++q) {
+    const bool nearer = squared[q] < least[q];
+    least[q] = nearer ? squared[q] : least[q];
+    nearest[q] = nearer ? c : nearest[q];
+  }
+}
+
+// Squared lengths of the first `lanes` columns of model.deviations.
+void squaredLengths(SubsetModel& model, int lanes, double* squared) {
+  const std::ptrdiff_t nPadded = padded(model.m, kVariables);
+  double* d = model.deviations.data();
+  if (model.m == 1) return squares(d, lanes, squared);
+  for (std::ptrdiff_t k = model.m; k < nPadded; ++k) std::fill_n(d + k * kStrip, lanes, 0.0);
+  quadraticForms(model.weights.data(), model.m, nPadded, d, lanes, squared);
+}
+
+template <class Weight>
+void setWeights(SubsetModel& model, Weight weight) {
+  const std::ptrdiff_t nPadded = padded(model.m, kVariables);
+  for (std::int32_t a = 0; a < model.m; ++a) {
+    double* row = model.weights.data() + a * nPadded;
+    for (std::int32_t b = 0; b < model.m; ++b) row[b] = weight(a, b);
+    std::fill(row + model.m, row + nPadded, 0.0);
+  }
+}
+
+// Row a of the deviations from the means of class c: values of the a-th variable in up to kStrip samples.
+void takeDeviations(ConstMatrix x, std::ptrdiff_t row, int n, const double* means, SubsetModel& model, int lanes) {
+  for (std::int32_t a = 0; a < model.m; ++a) {
+    double* d = model.deviations.data() + std::ptrdiff_t{a} * kStrip;
+    subtractCentre(x.column(model.variables[a]) + row, means[model.variables[a]], n, d);
+    std::fill(d + n, d + lanes, 0.0);
+  }
+}
+
+// Distances between class means, pair after pair, kStrip pairs at a time.
+class PairTotal {
+ public:
+  explicit PairTotal(SubsetModel& model) : model_(model) {}
+
+  void add(const double* first, const double* second) {
+    for (std::int32_t a = 0; a < model_.m; ++a) {
+      const std::int32_t j = model_.variables[a];
+      model_.deviations[std::ptrdiff_t{a} * kStrip + n_] = first[j] - second[j];
+    }
+    if (++n_ == kStrip) flush();
+  }
+
+  float total() {
+    if (n_ > 0) flush();
+    return total_;
+  }
+
+ private:
+  void flush() {
+    const int lanes = static_cast<int>(padded(n_, kLanes));
+    for (std::int32_t a = 0; a < model_.m; ++a) {
+      double* d = model_.deviations.data() + std::ptrdiff_t{a} * kStrip;
+      std::fill(d + n_, d + lanes, 0.0);
+    }
+    alignas(64) double squared[kStrip];
+    squaredLengths(model_, lanes, squared);
+    for (int q = 0; q < n_; ++q) total_ = static_cast<float>(total_ + std::sqrt(squared[q]));
+    n_ = 0;
+  }
+
+  SubsetModel& model_;
+  int n_ = 0;
+  float total_ = 0.0F;
+};
+
+float separationByOne(const DaMoments& moments, std::int32_t g, std::int32_t j) {
+  auto scale = static_cast<float>(std::sqrt(moments.within(j, j)));
+  if (!(scale > 0.0F)) scale = 1.0F;
+  float total = 0.0F;
+  for (std::int32_t c = 0; c < g; ++c)
+    for (std::int32_t other = c + 1; other < g; ++other)
+      total = static_cast<float>(total + std::fabs(moments.means(j, c) - moments.means(j, other)) / scale);
+  return total;
+}
+
+}  // namespace
+
+SubsetModel::SubsetModel(std::int32_t n, std::int32_t p)
+    : variables(p),
+      weights(area(p, padded(p, kVariables))),
+      block(area(p, p)),
+      deviations(area(padded(p, kVariables), kStrip)),
+      nearest(n),
+      inverse(p) {}
+
+void chooseVariables(const std::int32_t* selected, std::int32_t p, SubsetModel& model) {
+  model.m = 0;
+  for (std::int32_t j = 0; j < p; ++j)
+    if (selected[j] == 1) model.variables[model.m++] = j;
+}
+
+std::int32_t invertCovariance(ConstMatrix within, SubsetModel& model) {
+  const std::int32_t m = model.m;
+  const std::int32_t* variables = model.variables.data();
+  const Matrix block{model.block.data(), m};
+  for (std::int32_t b = 0; b < m; ++b) {
+    const double* column = within.column(variables[b]);
+    for (std::int32_t a = 0; a < m; ++a) block(a, b) = column[variables[a]];
+    if (block(b, b) == 0.0) block(b, b) = 1.0;
+  }
+  if (invert(m, block, model.inverse) != kDone) return kSingular;
+
+  setWeights(model, [block](std::int32_t a, std::int32_t b) { return block(a, b); });
+  return kDone;
+}
+
+void takeWeights(ConstMatrix winv, SubsetModel& model) {
+  const std::int32_t* variables = model.variables.data();
+  setWeights(model, [=](std::int32_t a, std::int32_t b) { return winv(variables[a], variables[b]); });
+}
+
+void nearestClasses(ConstMatrix x, std::int32_t n, ConstMatrix means, std::int32_t g, SubsetModel& model,
+                    MatrixView<float> distances) {
+  alignas(64) double squared[kStrip], least[kStrip], nearest[kStrip];
+  for (std::ptrdiff_t row = 0; row < n; row += kStrip) {
+    const auto rows = static_cast<int>(std::min<std::ptrdiff_t>(kStrip, n - row));
+    const auto lanes = static_cast<int>(padded(rows, kLanes));
+    std::fill_n(nearest, lanes, g < 1 ? 0.0 : 1.0);
+    for (std::int32_t c = 0; c < g; ++c) {
+      takeDeviations(x, row, rows, means.column(c), model, lanes);
+      squaredLengths(model, lanes, squared);
+      if (c == 0)
+        std::copy_n(squared, lanes, least);
+      else
+        keepNearer(squared, c + 1, lanes, least, nearest);
+      for (int q = 0; distances.data != nullptr && q < rows; ++q)
+        distances(row + q, c) = static_cast<float>(std::sqrt(squared[q]));
+    }
+    for (int q = 0; q < rows; ++q) model.nearest[row + q] = static_cast<std::int32_t>(nearest[q]);
+  }
+}
+
+float classSeparation(const DaMoments& moments, std::int32_t g, SubsetModel& model) {
+  if (model.m == 1) return separationByOne(moments, g, model.variables[0]);
+  PairTotal pairs(model);
+  for (std::int32_t c = 0; c < g; ++c)
+    for (std::int32_t other = c + 1; other < g; ++other)
+      pairs.add(moments.means.column(c), moments.means.column(other));
+  return pairs.total();
+}
+
+}  // namespace studystats::core

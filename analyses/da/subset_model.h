@@ -1,0 +1,48 @@
+// The classifier on some of the variables: Mahalanobis distances to the class means under the pooled within-class
+// covariance of those variables, and the nearest class.
+#pragma once
+
+#include <cstdint>
+
+#include "analyses/da/pooled_covariance.h"
+#include "numeric/matrix_inverse.h"
+#include "numeric/matrix_view.h"
+#include "numeric/scratch.h"
+
+namespace studystats::core {
+
+// One subset of up to p variables and what is known of it, with the scratch memory to classify up to n samples.
+struct SubsetModel {
+  SubsetModel(std::int32_t n, std::int32_t p);
+  explicit operator bool() const { return obtained(variables, weights, block, deviations, nearest, inverse); }
+
+  std::int32_t m = 0;               // number of variables
+  Scratch<std::int32_t> variables;  // counted from 0, increasing
+  Scratch<double> weights;          // inverse covariance, row after row, each row padded; not used with one variable
+  Scratch<double> block;            // p x p
+  Scratch<double> deviations;       // of a strip of samples
+  Scratch<std::int32_t> nearest;    // of each sample classified last: its nearest class, 1 ... g
+  InverseScratch inverse;
+};
+
+// The variables whose entry of `selected` (p) is exactly 1.
+void chooseVariables(const std::int32_t* selected, std::int32_t p, SubsetModel& model);
+
+// Inverts the covariance of the chosen variables, two or more. A variance of exactly 0 counts as 1. kDone or kSingular;
+// the inverse (m x m) is then in model.block, too.
+std::int32_t invertCovariance(ConstMatrix within, SubsetModel& model);
+
+// Takes the weights from elsewhere: winv(variable, variable), a p x p matrix.
+void takeWeights(ConstMatrix winv, SubsetModel& model);
+
+// The nearest class of each of the first n rows of x, 0 when g < 1; of equal distances the lower class. With two or
+// more variables squared distances are Mahalanobis', with one plain squared differences. distances (n x g): out, their
+// roots; none are stored when its data is null.
+void nearestClasses(ConstMatrix x, std::int32_t n, ConstMatrix means, std::int32_t g, SubsetModel& model,
+                    MatrixView<float> distances);
+
+// Sum over pairs of classes of the distance between their means, a 32-bit total. One variable: in units of its
+// within-class standard deviation, or of 1 when that is not positive.
+float classSeparation(const DaMoments& moments, std::int32_t g, SubsetModel& model);
+
+}  // namespace studystats::core
