@@ -1,4 +1,5 @@
-// Statistics of single columns, value transforms with their headings, the text of equation terms, and unique names.
+// Statistics of single columns, class numbers, value transforms with their headings, the text of equation terms, and
+// unique names.
 //
 // Sums run in index order into one accumulator, so that the same input gives the same bits everywhere. A caller's error
 // (a count outside the list, lists of unequal length, a column outside the data) raises Dvo::DvoResult with
@@ -48,6 +49,24 @@ STUDYSTATS_API double Covariance(std::vector<double> x, std::vector<double> y);
 // The share of positions at which two class assignments agree, over all of `first`; `second` may be longer.
 // Not a number when `first` is empty.
 STUDYSTATS_API double CorrelationBetweenClasses(std::vector<std::int32_t> first, std::vector<std::int32_t> second);
+
+// Numbers labels: a class number (from 1) for each label is appended to `categories`. Labels that stand in
+// categoryNames get the number of their first position there; others are numbered on in the order of their first
+// appearance, and appended to categoryNames. Labels are compared byte by byte.
+STUDYSTATS_API void ConvertToUniqueCategories(std::vector<std::string>& labels, std::vector<std::int32_t>& categories,
+                                              std::vector<std::string>& categoryNames);
+
+// Drops the classes with one member or none. classes: the class of each item, a number of 1 ... the number of names, or
+// nothing is changed.
+//   keep                        out: one mark an item, true when its class stays
+//   newClasses, newClassNames   out: the items kept, with their classes numbered anew in the old order; these may be
+//                               the lists that are read
+//   itemsKept, classesKept      out: how many
+STUDYSTATS_API void RemoveSingleElementClasses(
+    std::vector<std::int32_t>& classes, std::vector<std::string>& classNames,
+    kel::deque<bool, 1024, kel::pool_allocator<bool, 1024>, kel::pool_array_allocator<bool*, 8>>& keep,
+    std::vector<std::int32_t>& newClasses, std::vector<std::string>& newClassNames, std::int32_t& itemsKept,
+    std::int32_t& classesKept);
 
 // Standardises column `column` (from 0) of a column-major matrix of nRows rows in place: (value - offset) / divisor.
 // divisor, offset: out; what was used, so that the caller can undo it. A column without spread has divisor 1.
