@@ -11,10 +11,25 @@ static int principalComponents(void) {
   return status == 0 && nComponents == 2 && covariance[1] == 2 && values[0] > 4.9999999 && values[0] < 5.0000001;
 }
 
+/* One variable whose classes lie at 0, 1, 2 and at 10, 11, 12: nobody is classified wrongly, and the first sample lies
+ * 1 from its own class mean and 11 from the other's. */
+static int discrimination(void) {
+  const double data[6] = {0, 10, 1, 11, 2, 12};
+  const int32_t classOf[12] = {1, 2, 1, 2, 1, 2}, inModel[6] = {1, 1, 1, 1, 1, 1};
+  int32_t rows[6], selected, folds, order, confusion[4], held[4], nSteps = -1, nCanonical = -1, status = -1, goOn = -1;
+  double vector, value;
+  float step, stepClass[2], correct, classCorrect[2], distances[12];
+  DisAnl(data, classOf, rows, inModel, 6, 1, 2, 0, 0, 1, 0, 1, &vector, &value, &step, stepClass, &correct,
+         classCorrect, distances, &selected, &folds, &order, confusion, held, &nSteps, &nCanonical, &status, 0, &goOn);
+  return status == 0 && correct == 1 && folds == 6 && rows[3] == 2 && held[3] == 3 && distances[0] == 1 &&
+         distances[6] == 11;
+}
+
 static int randomNumbers(void) { return Nmrrst() == 0 && Nmrand(0) == 533923850.0F * 1e-9F; }
 
 int main(void) {
   if (!principalComponents()) return puts("principal components differ"), 1;
+  if (!discrimination()) return puts("discriminant analysis differs"), 1;
   if (!randomNumbers()) return puts("random numbers differ"), 1;
   return 0;
 }

@@ -63,11 +63,13 @@ constexpr std::int32_t kRows = 12, kColumns = 3;
 struct Outputs {
   std::vector<double> numbers = std::vector<double>(1000, kUntouched);
   std::vector<std::int32_t> counts = std::vector<std::int32_t>(100, -7);
+  std::vector<float> floats = std::vector<float>(100, -7.25F);
   double* next = numbers.data();
   double* take(std::ptrdiff_t n) { return (next += n) - n; }
   bool untouched() const {
     return std::count(numbers.begin(), numbers.end(), kUntouched) == std::ssize(numbers) &&
-           std::count(counts.begin(), counts.end(), -7) == std::ssize(counts);
+           std::count(counts.begin(), counts.end(), -7) == std::ssize(counts) &&
+           std::count(floats.begin(), floats.end(), -7.25F) == std::ssize(floats);
   }
 };
 
@@ -131,8 +133,22 @@ std::int32_t regression(const std::vector<double>& data, Outputs& out) {
   return status;
 }
 
-const Analysis kAnalyses[] = {{"PCAnal", 4, principalComponents}, {"MulReg", 20, regression}};
-const Analysis kReporting[] = {{"MulReg", 20, regression}};
+// Two classes, stepwise to two variables, leave-one-out.
+std::int32_t discrimination(const std::vector<double>& data, Outputs& out) {
+  const std::int32_t n = kRows, p = kColumns, g = 2;
+  std::int32_t classOf[2 * kRows] = {}, inModel[kRows], status = -1, goOn = -1;
+  for (std::int32_t i = 0; i < n; ++i) classOf[i] = i % g + 1;
+  std::fill_n(inModel, n, 1);
+  std::int32_t* c = out.counts.data();
+  float* f = out.floats.data();
+  DisAnl(data.data(), classOf, c, inModel, n, p, g, 1, 2, 1, 0, 1, out.take(p * p), out.take(p), f, f + 10, f + 20,
+         f + 30, f + 40, c + 20, c + 30, c + 40, c + 50, c + 60, c + 70, c + 71, &status, watched, &goOn);
+  return status;
+}
+
+const Analysis kAnalyses[] = {
+    {"PCAnal", 4, principalComponents}, {"MulReg", 20, regression}, {"DisAnl", 40, discrimination}};
+const Analysis kReporting[] = {{"MulReg", 20, regression}, {"DisAnl", 40, discrimination}};
 
 std::vector<double> table() {
   std::vector<double> data(kRows * kColumns);

@@ -149,15 +149,47 @@ void principalComponents(Hash& hash) {
   }
 }
 
+// Class means, pooled covariances and the selection on them: few classes and many, one strip of samples and more.
+void discrimination(Hash& hash) {
+  Inputs inputs(6);
+  struct Shape {
+    std::int32_t n, p, g, selectMode;
+  };
+  for (const auto [n, p, g, selectMode] :
+       {Shape{20, 3, 2, 2}, {65, 9, 2, 0}, {130, 17, 3, 1}, {90, 6, 13, 3}, {70, 33, 4, 2}}) {
+    std::vector<double> data = inputs.table(n, p), vectors = numbers(p, p), values = numbers(p);
+    std::vector<std::int32_t> classOf(2 * static_cast<std::size_t>(n)), counts(1000);
+    const std::vector<std::int32_t> inModel(static_cast<std::size_t>(n), 1);
+    for (std::int32_t i = 0; i < n; ++i) {
+      const auto at = static_cast<std::size_t>(i);
+      classOf[at] = i * 7 % g + 1;
+      data[at] += classOf[at];
+    }
+    std::vector<float> floats(4000);
+    std::int32_t* c = counts.data();
+    float* f = floats.data();
+    DisAnl(data.data(), classOf.data(), c, inModel.data(), n, p, g, selectMode, 0, 1, 4, 1, vectors.data(),
+           values.data(), f, f + 100, f + 600, f + 700, f + 1000, c + 150, c + 200, c + 250, c + 300, c + 500, c + 700,
+           c + 701, c + 702, nullptr, c + 703);
+    for (const auto* output : {&vectors, &values}) hash.add(*output);
+    hash.add(counts);
+    hash.add(floats);
+  }
+}
+
 struct Case {
   const char* name;
   void (*run)(Hash&);
 };
 
 const Case kCases[] = {
-    {"generator", generator},       {"plans", plans},
-    {"subsets", subsets},           {"cross_products", crossProducts},
-    {"eigenvectors", eigenvectors}, {"principal_components", principalComponents},
+    {"generator", generator},
+    {"plans", plans},
+    {"subsets", subsets},
+    {"cross_products", crossProducts},
+    {"eigenvectors", eigenvectors},
+    {"principal_components", principalComponents},
+    {"discrimination", discrimination},
 };
 
 }  // namespace
