@@ -137,17 +137,19 @@ std::int32_t selectAll(const Fit& fit, const std::int32_t* selected, const DaSte
   return kDone;
 }
 
-// The inverse of the subset in hand, at the variables' own positions.
-void storeInverse(ConstMatrix within, SubsetModel& model, Matrix winv) {
-  const std::int32_t* variables = model.variables.data();
-  if (model.m == 1) {
-    const std::int32_t j = variables[0];
-    winv(j, j) = 1.0 / within(j, j);
-    return;
-  }
+// The inverse that model.block holds, at the variables' own positions.
+void storeBlock(SubsetModel& model, Matrix winv) {
   const ConstMatrix block{model.block.data(), model.m};
+  const std::int32_t* variables = model.variables.data();
   for (std::int32_t b = 0; b < model.m; ++b)
     for (std::int32_t a = 0; a < model.m; ++a) winv(variables[a], variables[b]) = block(a, b);
+}
+
+// One variable has not been inverted; its variance may be 0.
+void storeInverse(ConstMatrix within, SubsetModel& model, Matrix winv) {
+  if (model.m > 1) return storeBlock(model, winv);
+  const std::int32_t j = model.variables[0];
+  winv(j, j) = 1.0 / within(j, j);
 }
 
 }  // namespace
@@ -205,14 +207,9 @@ void DaInv(const std::int32_t* p, const std::int32_t* ldVar, const std::int32_t*
   SubsetModel model(0, *p);
   *status = model ? kDone : kNoScratch;
   if (!model) return;
-  const ConstMatrix covariance{within, *ldVar};
   chooseVariables(selected, *p, model);
-  *status = invertCovariance(covariance, model);
-  if (*status != kDone) return;
-  const ConstMatrix block{model.block.data(), model.m};
-  for (std::int32_t b = 0; b < model.m; ++b)
-    for (std::int32_t a = 0; a < model.m; ++a)
-      Matrix{winv, *ldVar}(model.variables[a], model.variables[b]) = block(a, b);
+  *status = invertCovariance({within, *ldVar}, model);
+  if (*status == kDone) storeBlock(model, {winv, *ldVar});
 }
 
 void DaEval(const double* data, const std::int32_t* classOf, const std::int32_t* ldData, const std::int32_t* ldVar,
