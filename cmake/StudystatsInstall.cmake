@@ -34,7 +34,7 @@ endif()
 
 # Public headers; the friendly one only beside its library.
 if(NOT STUDYSTATS_BUILD_HOST)
-  set(without_host PATTERN host.h EXCLUDE)
+  set(without_host PATTERN host.h EXCLUDE PATTERN host EXCLUDE)
 endif()
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/studystats DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
         FILES_MATCHING PATTERN *.h ${without_host})

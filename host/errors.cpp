@@ -1,5 +1,5 @@
 // The failures that host.h throws, and remarks as a line of text.
-#include <studystats/host.h>
+#include <studystats/host/errors.h>
 
 #include <ostream>
 

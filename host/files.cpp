@@ -5,7 +5,8 @@
 // is written to directly.
 #include "host/files.h"
 
-#include <studystats/host.h>
+#include <studystats/host/errors.h>
+#include <studystats/host/output.h>
 
 #include <fcntl.h>
 #include <fmt/format.h>

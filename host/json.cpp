@@ -1,7 +1,7 @@
 // The parts that every result's JSON has: numbers, grids, remarks and the data card.
 #include "host/json.h"
 
-#include "host/preparation.h"
+#include "host/preparation/preparation.h"
 
 namespace studystats {
 namespace {

@@ -1,7 +1,7 @@
 // Results as JSON: numbers in their shortest exact form, not-a-number as null.
 #pragma once
 
-#include <studystats/host.h>
+#include <studystats/host/data.h>
 
 #include <nlohmann/json.hpp>
 

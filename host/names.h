@@ -1,7 +1,7 @@
 // Finding columns by name.
 #pragma once
 
-#include <studystats/host.h>
+#include <studystats/host/table.h>
 
 #include <cstddef>
 #include <string>

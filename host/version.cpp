@@ -1,5 +1,5 @@
 // Which library this is, and how it was built.
-#include <studystats/host.h>
+#include <studystats/host/output.h>
 
 #include <fmt/format.h>
 

@@ -1,7 +1,7 @@
 // One analysis's line to its caller: progress goes out, a request to stop comes back as Stopped.
 #pragma once
 
-#include <studystats/host.h>
+#include <studystats/host/progress.h>
 
 #include <cstdint>
 #include <string>

@@ -1,5 +1,5 @@
 // Describing a table: its figures against R, its findings against plain counting, its page and files.
-#include "host/related_columns.h"
+#include "host/preparation/related_columns.h"
 
 #include <gtest/gtest.h>
 #include <studystats/host.h>

@@ -1,5 +1,5 @@
 // From a table to the analysed block: what is used, what is dropped and why, and that the counts add up.
-#include "host/preparation.h"
+#include "host/preparation/preparation.h"
 
 #include <gtest/gtest.h>
 

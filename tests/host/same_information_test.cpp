@@ -1,5 +1,5 @@
 // Columns that repeat another up to scale, sign and shift.
-#include "host/same_information.h"
+#include "host/preparation/same_information.h"
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,288 @@
+#include "host/mlr/regression_call.h"
+
+#include "host/monitor.h"
+#include "host/names.h"
+#include "host/preparation/same_information.h"
+#include "host/text.h"
+
+#include <fmt/format.h>
+#include <studystats/analyses.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <mutex>
+#include <numeric>
+
+namespace studystats {
+namespace {
+
+constexpr double kUnset = std::numeric_limits<double>::quiet_NaN();
+constexpr std::int32_t kMostSeed = 161803398;
+constexpr std::size_t kMostCompared = 100'000'000;  // cells: a second or so
+
+// The library's validation settings and generator are process-wide: one validating analysis at a time.
+std::mutex& validating() {
+  static std::mutex mutex;
+  return mutex;
+}
+
+// How the entry point takes folds.
+struct FoldSettings {
+  std::int32_t method = 1, groups = 0;
+  float fraction = 0;
+};
+
+// N draws that hold out P percent are k = round(100 / P) groups and a fraction of (N + 0.5) / k: cutting N + 0.5 to an
+// integer cannot lose one.
+FoldSettings settingsOf(const Folds& folds) {
+  switch (folds.kind) {
+    case Folds::Kind::LeaveOneOut:
+      return {.method = 1, .groups = 0};
+    case Folds::Kind::Systematic:
+      return {.method = 1, .groups = folds.groups};
+    case Folds::Kind::Random:
+      break;
+  }
+  const double groups = std::round(1 / folds.draws.heldOut);
+  return {.method = 2,
+          .groups = static_cast<std::int32_t>(groups),
+          .fraction = static_cast<float>((folds.draws.draws + 0.5) / groups)};
+}
+
+void checkOptions(const RegressionOptions& options) {
+  const auto refuse = [](const std::string& option, const std::string& text) {
+    throw BadOptions(text, {.option = option});
+  };
+  if (options.response.empty()) refuse("--response", "--response NAME is missing: which column is to be modelled?");
+  if (!(options.fEnter > 1e-6))
+    refuse("--f-enter", fmt::format("--f-enter {} lets everything in; use --select all for that.", options.fEnter));
+  if (!(options.fRemove >= 0))
+    refuse("--f-remove", fmt::format("--f-remove {} is not an F value; it is 0 or more.", options.fRemove));
+  if (!(options.corrLimit > 0))
+    refuse("--corr-limit",
+           fmt::format("--corr-limit {} is not a correlation above 0; 1 switches it off.", options.corrLimit));
+  if (options.maxSteps == 0 || options.maxSteps < -1)
+    refuse("--max-steps",
+           fmt::format("--max-steps {} leaves no step; use --select all for all descriptors.", options.maxSteps));
+  if (!(options.level > 0 && options.level < 1))
+    refuse("--level", fmt::format("--level {} is not a probability between 0 and 1, such as 0.95.", options.level));
+}
+
+void checkFolds(const Folds& folds) {
+  const auto refuse = [](const std::string& text) { throw BadOptions(text, {.option = "--folds"}); };
+  if (folds.kind == Folds::Kind::Systematic && folds.groups < 2)
+    refuse(fmt::format("--folds {} leaves nothing to train on or nothing to hold out; try --folds 7 or --folds loo.",
+                       folds.groups));
+  if (folds.kind != Folds::Kind::Random) return;
+  if (folds.draws.draws < 1) refuse("--folds random needs at least one draw, as in random:100:20%.");
+  if (!(folds.draws.heldOut >= 0.001 && folds.draws.heldOut <= 0.5))
+    refuse(fmt::format("--folds random holds out between 0.1 % and 50 % of the rows, not {}.",
+                       percent(folds.draws.heldOut)));
+  if (folds.seed < 0 || folds.seed > kMostSeed)
+    throw BadOptions(fmt::format("--seed {} is outside 0 ... {}.", folds.seed, kMostSeed), {.option = "--seed"});
+}
+
+Folds foldsThatCanRun(Folds folds, std::size_t n, std::vector<Remark>& remarks) {
+  if (folds.kind == Folds::Kind::Systematic && static_cast<std::size_t>(folds.groups) >= n) {
+    remarks.push_back({Severity::Note,
+                       "folds-are-loo",
+                       fmt::format("--folds {} with {} is leave-one-out.", folds.groups, counted(n, "row", "rows")),
+                       {}});
+    folds = Folds::leaveOneOut();
+  }
+  return folds;
+}
+
+std::vector<std::size_t> startOf(const UsedData& used, const std::vector<std::string>& patterns) {
+  if (patterns.empty()) return {};
+  TableView headings;
+  headings.setName("the descriptors");
+  for (const std::string& name : used.descriptors) headings.add(name, std::span<const double>());
+  return matchingColumns(headings, patterns, "--start");
+}
+
+// Descriptors and response in one column-major matrix.
+std::vector<double> matrixOf(const Grid& model, const std::vector<std::size_t>& columns,
+                             const std::vector<double>& response) {
+  std::vector<double> data;
+  data.reserve(model.rows * (columns.size() + 1));
+  for (const std::size_t j : columns) {
+    const std::span<const double> column = model.column(j);
+    data.insert(data.end(), column.begin(), column.end());
+  }
+  data.insert(data.end(), response.begin(), response.end());
+  return data;
+}
+
+struct Request {
+  std::vector<double> data, scale, shift;
+  float fEnter, fRemove, corrLimit;
+  std::int32_t n, p, maxSteps;
+};
+
+// The 52 arguments, from vectors that are sized and filled here.
+RegressionCall run(const Request& request, std::vector<std::int32_t> flags, const Folds& folds, Watch& watch,
+                   const std::string& text, double from, double to) {
+  const std::int32_t n = request.n, p = request.p;
+  const auto rows = static_cast<std::size_t>(n), columns = static_cast<std::size_t>(p);
+  const auto steps = static_cast<std::size_t>(std::max(request.maxSteps, 1));
+  const FoldSettings settings = settingsOf(folds);
+  RegressionCall call;
+  call.flags = std::move(flags);
+  call.maxSteps = request.maxSteps;
+  for (std::vector<double>* perRow : {&call.fitted, &call.resid}) perRow->assign(rows, kUnset);
+  for (std::vector<double>* perColumn :
+       {&call.rawCoef, &call.coef, &call.cvCoefSd, &call.coefSe, &call.tValue, &call.tProb})
+    perColumn->assign(columns, kUnset);
+  for (std::vector<float>* perStep : {&call.stepPartialF, &call.stepF, &call.stepS})
+    perStep->assign(steps, std::numeric_limits<float>::quiet_NaN());
+  call.stepAction.assign(steps, -1);
+  call.stepVar.assign(steps, 0);
+  call.sumSq.assign(3, kUnset);
+  call.df.assign(3, 0);
+  call.inList.assign(columns, 0);
+  call.cvSelCount.assign(columns, 0);
+  call.rowIds.resize(rows);
+  std::iota(call.rowIds.begin(), call.rowIds.end(), 1);
+  const std::vector<std::int32_t> tags(2 * rows, 0), usable(rows, 1);
+  std::vector<double> corr(columns * columns, kUnset);
+  const std::int32_t maxFolds = 1;
+  std::int32_t goOn = 1;
+
+  HostMonitor monitor(watch, "folds", text, from, to);
+  const std::scoped_lock lock(validating());
+  Nmrrst();
+  Nmrand(folds.seed);
+  MulReg(request.data.data(), tags.data(), call.rowIds.data(), usable.data(), n, p, request.scale.data(),
+         request.shift.data(), corr.data(), /*reserved*/ 0, request.fEnter, request.fRemove, request.maxSteps,
+         request.corrLimit, call.flags.data(), settings.method, settings.groups, settings.fraction, call.fitted.data(),
+         call.resid.data(), &call.fStart, &call.sStart, &call.rawIntercept, &call.intercept, &call.multR, &call.fValue,
+         &call.sValue, &call.fProb, &call.q2, &call.press, &call.cvInterceptSd, call.df.data(), call.sumSq.data(),
+         call.rawCoef.data(), call.coef.data(), call.cvCoefSd.data(), call.coefSe.data(), call.tValue.data(),
+         call.tProb.data(), call.inList.data(), call.cvSelCount.data(), call.stepPartialF.data(), call.stepF.data(),
+         call.stepS.data(), call.stepAction.data(), call.stepVar.data(), &call.nIn, &call.nSteps, &maxFolds,
+         &call.status, monitor.monitor(), &goOn);
+  monitor.rethrow();
+  if (call.status == 999) throw Stopped();
+  call.reports = monitor.reports();
+  call.foldsPlanned = monitor.monitor()->minorIterationCount;
+  for (std::int32_t a = 0; call.status == 0 && a < call.nIn; ++a)
+    call.chosen.push_back(static_cast<std::size_t>(call.inList[static_cast<std::size_t>(a)] - 1));
+  return call;
+}
+
+// Of the columns, the first two that say the same in the training rows of a fold: "x3, x7 identical in its rows".
+std::string identicalInFold(const RegressionCall& call, const Prepared& prepared,
+                            const std::vector<std::size_t>& columns, std::int64_t fold) {
+  std::vector<std::size_t> training;  // entry i of the order is in fold i mod G + 1
+  for (std::size_t i = 0; i < call.rowIds.size(); ++i)
+    if (static_cast<std::int64_t>(i) % call.foldsPlanned + 1 != fold)
+      training.push_back(static_cast<std::size_t>(call.rowIds[i] - 1));
+  std::vector<std::vector<double>> cells;
+  for (const std::size_t j : columns) {
+    cells.emplace_back();
+    for (const std::size_t row : training) cells.back().push_back(prepared.model(row, j));
+  }
+  const std::vector<SamePair> pairs = sameInformation({cells.begin(), cells.end()});
+  if (pairs.empty()) return {};
+  return fmt::format("{}, {} identical in its rows", prepared.used.descriptors[columns[pairs.front().kept]],
+                     prepared.used.descriptors[columns[pairs.front().setAside]]);
+}
+
+}  // namespace
+
+std::optional<double> responseOf(const BlockRow& row, const std::string& response) {
+  const TableView::Column* column = row.table->find(response);
+  if (!column || column->kind != ColumnKind::Numeric || !std::isfinite(column->numbers[row.tableRow])) return {};
+  return column->numbers[row.tableRow];
+}
+
+double sampleSd(std::span<const double> values) {
+  const auto n = static_cast<double>(values.size());
+  const double mean = std::accumulate(values.begin(), values.end(), 0.0) / n;
+  double squares = 0;
+  for (const double x : values) squares += (x - mean) * (x - mean);
+  return n > 1 ? std::sqrt(squares / (n - 1)) : 0;
+}
+
+std::size_t randomLeaveOut(const Folds& folds, std::size_t rows) {
+  const auto groups = static_cast<std::size_t>(settingsOf(folds).groups);
+  return groups > 0 && groups < rows ? (rows + groups - 1) / groups : 1;
+}
+
+PreparedRegression prepareRegression(const TableView& table, const RegressionOptions& options, Watch& watch) {
+  checkOptions(options);
+  checkFolds(options.folds);
+  requireNumeric(table, options.response, "--response");
+  PreparedRegression prepared;
+  prepared.data =
+      prepare(table, {.responses = {options.response}, .predictWithoutResponse = true}, options.data, watch);
+  const UsedData& used = prepared.data.used;
+  for (const BlockRow& row : prepared.data.modelRows) prepared.response.push_back(*responseOf(row, options.response));
+  const std::size_t n = prepared.response.size();
+  if (n < 3)
+    throw NotComputed(fmt::format("too few rows: a regression needs at least 3 with a response, and {} of {} {} left.",
+                                  n, table.rows(), n == 1 ? "is" : "are"));
+  if (used.descriptors.empty())
+    throw NotComputed(
+        fmt::format("no descriptor is left: {} has {}, and none of them is numeric, varies over the rows and "
+                    "is free of another use. studystats describe shows why.",
+                    table.name(), counted(table.columns().size(), "column", "columns")));
+  if (isConstant(prepared.response))
+    throw NotComputed(fmt::format("{} is {} in every row of the model: there is nothing to explain.", options.response,
+                                  exact(prepared.response.front())));
+  prepared.start = startOf(used, options.start);
+  prepared.maxSteps = options.selection == Selection::All ? 0
+                      : options.maxSteps > 0              ? options.maxSteps
+                                                          : std::max(10, static_cast<int>(n / 5));
+  prepared.folds = foldsThatCanRun(options.folds, n, prepared.data.remarks);
+  return prepared;
+}
+
+RegressionCall callRegression(const PreparedRegression& prepared, const RegressionOptions& options, Watch& watch,
+                              double from, double to) {
+  const Grid& model = prepared.data.model;
+  std::vector<std::size_t> all(model.columns);
+  std::iota(all.begin(), all.end(), std::size_t{0});
+  std::vector<double> scale = prepared.data.used.scale, shift = prepared.data.used.shift;
+  scale.push_back(1);
+  shift.push_back(0);
+  std::vector<std::int32_t> flags(model.columns + 1, 0);
+  for (const std::size_t j : prepared.start) flags[j] = 1;
+  return run(
+      {matrixOf(model, all, prepared.response), std::move(scale), std::move(shift), static_cast<float>(options.fEnter),
+       static_cast<float>(options.fRemove), static_cast<float>(options.corrLimit), count32(model.rows),
+       count32(model.columns + 1), prepared.maxSteps},
+      std::move(flags), prepared.folds, watch, "fold ", from, to);
+}
+
+std::optional<double> fixedSetQ2(const PreparedRegression& prepared, const std::vector<std::size_t>& chosen,
+                                 Watch& watch, double from, double to) {
+  const std::size_t p = chosen.size() + 1;
+  const RegressionCall call =
+      run({matrixOf(prepared.data.model, chosen, prepared.response), std::vector<double>(p, 1.0),
+           std::vector<double>(p, 0.0), 0.0F, 0.0F, 1.0F, count32(prepared.response.size()), count32(p), 0},
+          std::vector<std::int32_t>(p, 0), prepared.folds, watch, "chosen descriptors kept, fold ", from, to);
+  if (call.status != 0 || call.abandoned()) return {};
+  return call.q2;
+}
+
+std::optional<SingularFold> singularFold(const RegressionCall& call, const PreparedRegression& prepared) {
+  const Prepared& data = prepared.data;
+  const bool dealt = prepared.folds.kind != Folds::Kind::Random;  // else nobody knows the rows of a fold
+  std::vector<std::size_t> all(data.model.columns);
+  std::iota(all.begin(), all.end(), std::size_t{0});
+  if (call.abandoned()) {
+    std::string culprits = dealt ? identicalInFold(call, data, call.chosen, call.reports) : std::string();
+    if (culprits.empty() && dealt) culprits = identicalInFold(call, data, all, call.reports);
+    return SingularFold{call.reports, culprits};
+  }
+  const std::size_t cells = static_cast<std::size_t>(call.foldsPlanned) * data.model.rows * call.chosen.size();
+  for (std::int64_t fold = 1; dealt && cells <= kMostCompared && fold <= call.foldsPlanned; ++fold)
+    if (std::string culprits = identicalInFold(call, data, call.chosen, fold); !culprits.empty())
+      return SingularFold{fold, culprits};
+  return {};
+}
+
+}  // namespace studystats

@@ -1,0 +1,276 @@
+// Principal components of a table: preparation, the analysis, and what is worth knowing about its rows.
+//
+// T2 and the residual distance Q split a row's distance from the centre into what lies within the model plane and what
+// lies off it. Limits: Hotelling's T2 by F, Q by a scaled chi-square with the mean and variance of the model's rows;
+// Box, G. E. P. (1954), Annals of Mathematical Statistics 25, 290-302; Nomikos & MacGregor (1995), Technometrics 37,
+// 41-59. Components worth keeping: broken stick, Frontier, S. (1976), J. exp. mar. Biol. Ecol. 25, 67-75.
+#include "host/pca/pca.h"
+#include "host/distributions.h"
+#include "host/preparation/preparation.h"
+#include "host/text.h"
+
+#include <fmt/format.h>
+#include <studystats/analyses.h>
+#include <studystats/host/principal_components.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <numeric>
+
+namespace studystats {
+namespace {
+
+constexpr double kUnset = std::numeric_limits<double>::quiet_NaN();
+constexpr double kWantedShare = 0.80;
+constexpr double kRoundingLevel = 1e-12;  // of the total variance: what lies below says nothing
+
+// What the entry point returns, sized and filled beforehand so that what was not written is seen.
+struct Decomposition {
+  std::int32_t supported = 0;
+  std::vector<double> eigenvalues, vectors, covariance, cumulative, scores, scoreMeans, scoreDeviations;
+  std::int32_t status = 0;
+
+  Decomposition(std::size_t n, std::size_t p)
+      : eigenvalues(p, kUnset),
+        vectors(p * p, kUnset),
+        covariance(p * p, kUnset),
+        cumulative(p * p, kUnset),
+        scores(n * p, kUnset),
+        scoreMeans(p, kUnset),
+        scoreDeviations(p, kUnset) {}
+};
+
+Decomposition decompose(const Grid& block) {
+  const std::int32_t n = count32(block.rows), p = count32(block.columns);
+  Decomposition d(block.rows, block.columns);
+  PCAnal(block.values.data(), n, p, &d.supported, d.eigenvalues.data(), d.vectors.data(), d.covariance.data(),
+         d.cumulative.data(), d.scores.data(), d.scoreMeans.data(), d.scoreDeviations.data(), &d.status);
+  // Status 5 has two meanings; memory that could not be had leaves the covariance unwritten.
+  if (d.status != 0 && std::isnan(d.covariance[0]) && d.status == 5)
+    throw OutOfMemory(fmt::format("not enough memory for the components of {} x {} numbers.", n, p));
+  const bool finite =
+      std::all_of(d.eigenvalues.begin(), d.eigenvalues.end(), [](double x) { return std::isfinite(x); });
+  if (d.status != 0 || !finite)
+    throw NotComputed(
+        "the components could not be computed: the descriptors' sizes are too far apart for the arithmetic. Try "
+        "--scale "
+        "autoscale, or leave out columns with values above 1e100.");
+  return d;
+}
+
+std::vector<Component> componentsOf(const Decomposition& d) {
+  const double total = std::accumulate(d.eigenvalues.begin(), d.eigenvalues.end(), 0.0);
+  std::vector<Component> components;
+  double sum = 0;
+  for (const double eigenvalue : d.eigenvalues) {
+    sum += eigenvalue;
+    components.push_back({eigenvalue, total > 0 ? eigenvalue / total : 0, total > 0 ? sum / total : 0});
+  }
+  return components;
+}
+
+int defaultKept(const std::vector<Component>& components) {
+  int k = 1;
+  while (k < static_cast<int>(components.size()) &&
+         components[static_cast<std::size_t>(k - 1)].cumulative < kWantedShare)
+    ++k;
+  return std::clamp(k, 2, 10);
+}
+
+// Leading components whose share exceeds that of the k-th longest piece of a stick broken at random.
+int aboveBrokenStick(const std::vector<Component>& components) {
+  const auto p = static_cast<int>(components.size());
+  double expected = 0;
+  for (int k = 1; k <= p; ++k) expected += 1.0 / k;
+  int count = 0;
+  for (int k = 1; k <= p; ++k) {
+    if (components[static_cast<std::size_t>(k - 1)].explained <= expected / p) break;
+    expected -= 1.0 / k;
+    ++count;
+  }
+  return count;
+}
+
+Grid leading(const std::vector<double>& values, std::size_t rows, std::size_t columns) {
+  return {rows, columns, {values.begin(), values.begin() + static_cast<std::ptrdiff_t>(rows * columns)}};
+}
+
+// Cumulative share of each descriptor's own variance: sum of v^2 * lambda over its variance.
+Grid explainedShare(const Decomposition& d, std::size_t p, std::size_t kept) {
+  Grid share{p, kept, std::vector<double>(p * kept)};
+  for (std::size_t j = 0; j < p; ++j) {
+    const double variance = d.covariance[j + j * p];
+    double sum = 0;
+    for (std::size_t k = 0; k < kept; ++k) {
+      sum += d.vectors[j + k * p] * d.vectors[j + k * p] * d.eigenvalues[k];
+      share.values[j + k * p] = variance > 0 ? std::min(1.0, sum / variance) : 0;
+    }
+  }
+  return share;
+}
+
+std::vector<double> columnMeans(const Grid& grid) {
+  std::vector<double> means;
+  for (std::size_t j = 0; j < grid.columns; ++j) {
+    const std::span<const double> column = grid.column(j);
+    means.push_back(std::accumulate(column.begin(), column.end(), 0.0) / static_cast<double>(grid.rows));
+  }
+  return means;
+}
+
+// Rows placed in the model: scores about the model's centre, T2, and the distance that the components leave.
+class Placement {
+ public:
+  Placement(const PrincipalComponents& result, const std::vector<double>& centre, double rounding)
+      : result_(result), centre_(centre), rounding_(rounding), deviation_(centre.size()) {}
+
+  ComponentRow place(const Grid& block, std::size_t row, const std::string& name, Role role, const std::string& label) {
+    ComponentRow placed{name, role, label, {}, 0, 0};
+    for (std::size_t j = 0; j < block.columns; ++j) deviation_[j] = block(row, j) - centre_[j];
+    for (std::size_t k = 0; k < result_.loadings.columns; ++k) {
+      const std::span<const double> loading = result_.loadings.column(k);
+      const double score = std::inner_product(loading.begin(), loading.end(), deviation_.begin(), 0.0);
+      placed.scores.push_back(score);
+      const double eigenvalue = result_.components[k].eigenvalue;
+      if (eigenvalue > rounding_) placed.t2 += score * score / eigenvalue;
+    }
+    for (std::size_t k = 0; k < result_.loadings.columns; ++k) {
+      const std::span<const double> loading = result_.loadings.column(k);
+      for (std::size_t j = 0; j < deviation_.size(); ++j) deviation_[j] -= placed.scores[k] * loading[j];
+    }
+    placed.q = std::inner_product(deviation_.begin(), deviation_.end(), deviation_.begin(), 0.0);
+    return placed;
+  }
+
+ private:
+  const PrincipalComponents& result_;
+  const std::vector<double>& centre_;
+  double rounding_;
+  std::vector<double> deviation_;
+};
+
+void placeRows(PrincipalComponents& result, const Prepared& prepared, const Decomposition& d, double rounding,
+               Watch& watch) {
+  const std::vector<double> centre = columnMeans(prepared.model);
+  Placement placement(result, centre, rounding);
+  const std::vector<std::string> labels = labelsOf(prepared.modelRows, result.classColumn);
+  for (std::size_t i = 0; i < prepared.modelRows.size(); ++i) {
+    result.rows.push_back(placement.place(prepared.model, i, prepared.modelRows[i].name, Role::Model, labels[i]));
+    // The analysis's own scores, less their means: the host's sum runs over deviations and may differ in the last
+    // place.
+    for (std::size_t k = 0; k < static_cast<std::size_t>(result.kept); ++k)
+      result.rows.back().scores[k] = d.scores[i + k * prepared.model.rows] - d.scoreMeans[k];
+    if (i % 4096 == 0) watch.check();
+  }
+  const std::vector<std::string> predictedLabels = labelsOf(prepared.predictedRows, result.classColumn);
+  for (std::size_t i = 0; i < prepared.predictedRows.size(); ++i)
+    result.rows.push_back(
+        placement.place(prepared.predicted, i, prepared.predictedRows[i].name, Role::Predicted, predictedLabels[i]));
+}
+
+void setLimits(PrincipalComponents& result, double totalVariance) {
+  std::vector<double> q;
+  for (const ComponentRow& row : result.rows)
+    if (row.role == Role::Model) q.push_back(row.q);
+  const auto n = static_cast<double>(q.size());
+  const double k = result.kept;
+  if (n > k) result.t2Limit = k * (n * n - 1) / (n * (n - k)) * fQuantile(result.level, k, n - k);
+  const double mean = std::accumulate(q.begin(), q.end(), 0.0) / n;
+  double squares = 0;
+  for (const double x : q) squares += (x - mean) * (x - mean);
+  const double variance = squares / (n - 1);
+  if (mean > kRoundingLevel * totalVariance && variance > 0)
+    result.qLimit = variance / (2 * mean) * chiSquareQuantile(result.level, 2 * mean * mean / variance);
+}
+
+void setGroups(PrincipalComponents& result) {
+  if (result.classColumn.empty()) return;
+  for (const ComponentRow& row : result.rows) {
+    if (row.role != Role::Model || row.label.empty()) continue;
+    auto group = std::find_if(result.groups.begin(), result.groups.end(),
+                              [&](const ComponentGroup& g) { return g.label == row.label; });
+    if (group == result.groups.end())
+      group = result.groups.insert(group, {row.label, 0, std::vector<double>(row.scores.size(), 0.0)});
+    ++group->rows;
+    for (std::size_t k = 0; k < row.scores.size(); ++k) group->meanScores[k] += row.scores[k];
+  }
+  for (ComponentGroup& group : result.groups)
+    for (double& mean : group.meanScores) mean /= static_cast<double>(group.rows);
+}
+
+int chosenComponents(const PrincipalComponentsOptions& options, PrincipalComponents& result) {
+  const int most = std::min(result.supported, static_cast<int>(result.components.size()));
+  if (options.components <= most)
+    return options.components > 0 ? options.components : std::min(most, defaultKept(result.components));
+  result.remarks.push_back({Severity::Note,
+                            "components-lowered",
+                            fmt::format("--components {} was lowered to {}, the most that {} and {} can support.",
+                                        options.components, most, counted(result.used.rows.size(), "row", "rows"),
+                                        counted(result.used.descriptors.size(), "descriptor", "descriptors")),
+                            {}});
+  return most;
+}
+
+void checkOptions(const PrincipalComponentsOptions& options) {
+  if (options.components < 0)
+    throw BadOptions(
+        fmt::format("--components {} is not a number of components; it counts from 1.", options.components),
+        {.option = "--components"});
+  if (!(options.level > 0 && options.level < 1))
+    throw BadOptions(fmt::format("--level {} is not a probability between 0 and 1, such as 0.95.", options.level),
+                     {.option = "--level"});
+}
+
+}  // namespace
+
+Prepared preparePrincipalComponents(const TableView& table, const PrincipalComponentsOptions& options, Watch& watch) {
+  checkOptions(options);
+  Prepared prepared = prepare(table, {options.responses, options.classColumn}, options.data, watch);
+  if (prepared.modelRows.size() < 2)
+    throw NotComputed(fmt::format("too few rows: principal components need at least 2, and {} of {} is left in {}.",
+                                  prepared.modelRows.size(), table.rows(), table.name()));
+  if (prepared.used.descriptors.empty())
+    throw NotComputed(
+        fmt::format("no descriptor is left: {} has {}, and none of them is numeric, varies over the rows "
+                    "and is free of another use. studystats describe shows why.",
+                    table.name(), counted(table.columns().size(), "column", "columns")));
+  return prepared;
+}
+
+PrincipalComponents principalComponents(const TableView& table, const PrincipalComponentsOptions& options) try {
+  Watch watch(options.progress, options.stop);
+  watch.report("preparing", "preparing the table", 0, 10, 0, 1);
+  const Prepared prepared = preparePrincipalComponents(table, options, watch);
+  watch.report("analysis", "principal components", 10, 90, 0, 1);
+  const Decomposition d = decompose(prepared.model);
+  watch.report("analysis", "rows and limits", 10, 90, 1, 1);
+
+  const std::size_t p = prepared.model.columns;
+  const double total = std::accumulate(d.eigenvalues.begin(), d.eigenvalues.end(), 0.0);
+  PrincipalComponents result;
+  result.used = prepared.used;
+  result.remarks = prepared.remarks;
+  result.level = options.level;
+  result.classColumn = options.classColumn;
+  result.supported = d.supported;
+  result.components = componentsOf(d);
+  result.kept = chosenComponents(options, result);
+  const auto kept = static_cast<std::size_t>(result.kept);
+  result.aboveBrokenStick = aboveBrokenStick(result.components);
+  if (options.data.scaling == Scaling::Autoscale)
+    result.aboveOne = static_cast<int>(
+        std::count_if(d.eigenvalues.begin(), d.eigenvalues.end(), [](double lambda) { return lambda > 1; }));
+  result.loadings = leading(d.vectors, p, kept);
+  result.explained = explainedShare(d, p, kept);
+  placeRows(result, prepared, d, kRoundingLevel * total, watch);
+  setLimits(result, total);
+  setGroups(result);
+  watch.report("analysis", "done", 90, 100, 1, 1);
+  return result;
+} catch (const std::bad_alloc&) {
+  throw OutOfMemory(fmt::format("not enough memory to analyse {}.", table.name()));
+}
+
+}  // namespace studystats
