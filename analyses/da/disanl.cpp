@@ -48,7 +48,8 @@ bool modelCanBePooled(const DaAnalysis& v) {
 
 void countResubstituted(const DaSamples& samples, DaFit& fit, MatrixView<std::int32_t> confusion) {
   for (std::int32_t c = 0; c < samples.g; ++c) std::fill_n(confusion.column(c), samples.g, 0);
-  nearestClasses(samples.x, samples.n, {fit.means.data(), samples.p}, samples.g, fit.model, {nullptr, 0});
+  nearestClasses(samples.x, samples.n, {fit.means.data(), samples.p}, samples.g, fit.model, {nullptr, 0},
+                 OneVariable::kWeighted);
   for (std::int32_t i = 0; i < samples.n; ++i) ++confusion(samples.classOf[i] - 1, fit.model.nearest[i] - 1);
 }
 

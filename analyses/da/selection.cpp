@@ -37,7 +37,9 @@ struct Fit {
   std::int32_t take(const std::int32_t* selected) const {
     chooseVariables(selected, samples.p, model);
     if (model.m < 1) return kNotConverged;
-    return model.m == 1 ? kDone : invertCovariance(moments.within, model);
+    if (model.m > 1) return invertCovariance(moments.within, model);
+    invertVariance(moments.within, model);
+    return kDone;
   }
 
   // Classifies the samples; the share of those whose nearest class is their own.
@@ -145,11 +147,10 @@ void storeBlock(SubsetModel& model, Matrix winv) {
     for (std::int32_t a = 0; a < model.m; ++a) winv(variables[a], variables[b]) = block(a, b);
 }
 
-// One variable has not been inverted; its variance may be 0.
-void storeInverse(ConstMatrix within, SubsetModel& model, Matrix winv) {
+void storeInverse(SubsetModel& model, Matrix winv) {
   if (model.m > 1) return storeBlock(model, winv);
   const std::int32_t j = model.variables[0];
-  winv(j, j) = 1.0 / within(j, j);
+  winv(j, j) = model.weights[0];
 }
 
 }  // namespace
@@ -223,7 +224,7 @@ void DaEval(const double* data, const std::int32_t* classOf, const std::int32_t*
   const Fit fit{samples, {{means, *ldVar}, {within, *ldVar}}, model};
   *status = fit.take(selected);
   if (*status != kDone) return;
-  storeInverse({within, *ldVar}, model, {winv, *ldVar});
+  storeInverse(model, {winv, *ldVar});
   *fraction = fit.fractionCorrect();
   *distSum = fit.separation();
   fit.classFractions(classFraction, 1);
@@ -242,7 +243,7 @@ void DaStep(const double* data, const std::int32_t* classOf, const std::int32_t*
   const DaSteps steps{nSteps, selectOrder, stepFraction, {stepClassFraction, *ldVar}};
   *status = selectSubset(samples, {*selectMode, *nSelect, *maxSteps}, selected, {means, *ldVar}, {within, *ldVar},
                          products.data(), &steps, model);
-  if (*status == kDone) storeInverse({within, *ldVar}, model, {winv, *ldVar});
+  if (*status == kDone) storeInverse(model, {winv, *ldVar});
 }
 
 }  // namespace studystats::core

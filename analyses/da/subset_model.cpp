@@ -69,10 +69,10 @@ void keepNearer(const double* __restrict squared, double c, int lanes, double* _
 }
 
 // Squared lengths of the first `lanes` columns of model.deviations.
-void squaredLengths(SubsetModel& model, int lanes, double* squared) {
+void squaredLengths(SubsetModel& model, OneVariable one, int lanes, double* squared) {
   const std::ptrdiff_t nPadded = padded(model.m, kVariables);
   double* d = model.deviations.data();
-  if (model.m == 1) return squares(d, lanes, squared);
+  if (model.m == 1 && one == OneVariable::kPlain) return squares(d, lanes, squared);
   for (std::ptrdiff_t k = model.m; k < nPadded; ++k) std::fill_n(d + k * kStrip, lanes, 0.0);
   quadraticForms(model.weights.data(), model.m, nPadded, d, lanes, squared);
 }
@@ -122,7 +122,7 @@ class PairTotal {
       std::fill(d + n_, d + lanes, 0.0);
     }
     alignas(64) double squared[kStrip];
-    squaredLengths(model_, lanes, squared);
+    squaredLengths(model_, OneVariable::kPlain, lanes, squared);
     for (int q = 0; q < n_; ++q) total_ = static_cast<float>(total_ + std::sqrt(squared[q]));
     n_ = 0;
   }
@@ -173,13 +173,18 @@ std::int32_t invertCovariance(ConstMatrix within, SubsetModel& model) {
   return kDone;
 }
 
+void invertVariance(ConstMatrix within, SubsetModel& model) {
+  const std::int32_t j = model.variables[0];
+  setWeights(model, [=](std::int32_t, std::int32_t) { return 1.0 / within(j, j); });
+}
+
 void takeWeights(ConstMatrix winv, SubsetModel& model) {
   const std::int32_t* variables = model.variables.data();
   setWeights(model, [=](std::int32_t a, std::int32_t b) { return winv(variables[a], variables[b]); });
 }
 
 void nearestClasses(ConstMatrix x, std::int32_t n, ConstMatrix means, std::int32_t g, SubsetModel& model,
-                    MatrixView<float> distances) {
+                    MatrixView<float> distances, OneVariable one) {
   alignas(64) double squared[kStrip], least[kStrip], nearest[kStrip];
   for (std::ptrdiff_t row = 0; row < n; row += kStrip) {
     const auto rows = static_cast<int>(std::min<std::ptrdiff_t>(kStrip, n - row));
@@ -187,7 +192,7 @@ void nearestClasses(ConstMatrix x, std::int32_t n, ConstMatrix means, std::int32
     std::fill_n(nearest, lanes, g < 1 ? 0.0 : 1.0);
     for (std::int32_t c = 0; c < g; ++c) {
       takeDeviations(x, row, rows, means.column(c), model, lanes);
-      squaredLengths(model, lanes, squared);
+      squaredLengths(model, one, lanes, squared);
       if (c == 0)
         std::copy_n(squared, lanes, least);
       else
