@@ -6,6 +6,7 @@
 #include "host/mlr/regression.h"
 
 #include "host/distributions.h"
+#include "host/folds.h"
 #include "host/mlr/leverage.h"
 #include "host/mlr/regression_call.h"
 #include "host/text.h"
@@ -31,18 +32,6 @@ namespace {
       fmt::format("the regression became singular with {} in the model: one of them is a combination of the "
                   "others. Try --exclude one of them, or a lower --corr-limit.",
                   listed(names, 8)));
-}
-
-FoldPlan planOf(const RegressionCall& call, const Folds& folds, std::size_t n) {
-  FoldPlan plan{.kind = folds.kind, .folds = static_cast<std::size_t>(call.foldsPlanned), .seed = folds.seed};
-  if (plan.folds == 0) return plan;
-  if (folds.kind == Folds::Kind::Random) {
-    plan.smallest = plan.largest = randomLeaveOut(folds, n);
-  } else {
-    plan.smallest = n / plan.folds;
-    plan.largest = (n + plan.folds - 1) / plan.folds;
-  }
-  return plan;
 }
 
 RegressionFit fitOf(const RegressionCall& call, std::size_t n) {
@@ -227,7 +216,7 @@ Regression regress(const TableView& table, const RegressionOptions& options) try
   const RegressionCall call = callRegression(prepared, options, watch, 2, 85);
   if (call.status != 0) refuseStatus(call, result.used);
   result.fit = fitOf(call, n);
-  result.plan = planOf(call, prepared.folds, n);
+  result.plan = planOf(call.foldsPlanned, prepared.folds, n);
   result.steps = stepsOf(call, result.used);
   result.stopReason = stopReasonOf(call, result.used, options);
   judgeValidation(result, call, prepared);

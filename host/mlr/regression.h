@@ -10,6 +10,4 @@ namespace studystats {
 struct RegressionCall;
 void remarkOnRegression(Regression& result, const RegressionCall& call);
 
-std::string describedFolds(const FoldPlan& plan);  // "7 folds of 29 or 30 rows"
-
 }  // namespace studystats

@@ -1,5 +1,6 @@
 #include "host/mlr/regression_call.h"
 
+#include "host/folds.h"
 #include "host/monitor.h"
 #include "host/names.h"
 #include "host/preparation/same_information.h"
@@ -11,44 +12,13 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <mutex>
 #include <numeric>
 
 namespace studystats {
 namespace {
 
 constexpr double kUnset = std::numeric_limits<double>::quiet_NaN();
-constexpr std::int32_t kMostSeed = 161803398;
 constexpr std::size_t kMostCompared = 100'000'000;  // cells: a second or so
-
-// The library's validation settings and generator are process-wide: one validating analysis at a time.
-std::mutex& validating() {
-  static std::mutex mutex;
-  return mutex;
-}
-
-// How the entry point takes folds.
-struct FoldSettings {
-  std::int32_t method = 1, groups = 0;
-  float fraction = 0;
-};
-
-// N draws that hold out P percent are k = round(100 / P) groups and a fraction of (N + 0.5) / k: cutting N + 0.5 to an
-// integer cannot lose one.
-FoldSettings settingsOf(const Folds& folds) {
-  switch (folds.kind) {
-    case Folds::Kind::LeaveOneOut:
-      return {.method = 1, .groups = 0};
-    case Folds::Kind::Systematic:
-      return {.method = 1, .groups = folds.groups};
-    case Folds::Kind::Random:
-      break;
-  }
-  const double groups = std::round(1 / folds.draws.heldOut);
-  return {.method = 2,
-          .groups = static_cast<std::int32_t>(groups),
-          .fraction = static_cast<float>((folds.draws.draws + 0.5) / groups)};
-}
 
 void checkOptions(const RegressionOptions& options) {
   const auto refuse = [](const std::string& option, const std::string& text) {
@@ -67,31 +37,6 @@ void checkOptions(const RegressionOptions& options) {
            fmt::format("--max-steps {} leaves no step; use --select all for all descriptors.", options.maxSteps));
   if (!(options.level > 0 && options.level < 1))
     refuse("--level", fmt::format("--level {} is not a probability between 0 and 1, such as 0.95.", options.level));
-}
-
-void checkFolds(const Folds& folds) {
-  const auto refuse = [](const std::string& text) { throw BadOptions(text, {.option = "--folds"}); };
-  if (folds.kind == Folds::Kind::Systematic && folds.groups < 2)
-    refuse(fmt::format("--folds {} leaves nothing to train on or nothing to hold out; try --folds 7 or --folds loo.",
-                       folds.groups));
-  if (folds.kind != Folds::Kind::Random) return;
-  if (folds.draws.draws < 1) refuse("--folds random needs at least one draw, as in random:100:20%.");
-  if (!(folds.draws.heldOut >= 0.001 && folds.draws.heldOut <= 0.5))
-    refuse(fmt::format("--folds random holds out between 0.1 % and 50 % of the rows, not {}.",
-                       percent(folds.draws.heldOut)));
-  if (folds.seed < 0 || folds.seed > kMostSeed)
-    throw BadOptions(fmt::format("--seed {} is outside 0 ... {}.", folds.seed, kMostSeed), {.option = "--seed"});
-}
-
-Folds foldsThatCanRun(Folds folds, std::size_t n, std::vector<Remark>& remarks) {
-  if (folds.kind == Folds::Kind::Systematic && static_cast<std::size_t>(folds.groups) >= n) {
-    remarks.push_back({Severity::Note,
-                       "folds-are-loo",
-                       fmt::format("--folds {} with {} is leave-one-out.", folds.groups, counted(n, "row", "rows")),
-                       {}});
-    folds = Folds::leaveOneOut();
-  }
-  return folds;
 }
 
 std::vector<std::size_t> startOf(const UsedData& used, const std::vector<std::string>& patterns) {
@@ -151,9 +96,7 @@ RegressionCall run(const Request& request, std::vector<std::int32_t> flags, cons
   std::int32_t goOn = 1;
 
   HostMonitor monitor(watch, "folds", text, from, to);
-  const std::scoped_lock lock(validating());
-  Nmrrst();
-  Nmrand(folds.seed);
+  const ValidatingAlone alone(folds.seed);
   MulReg(request.data.data(), tags.data(), call.rowIds.data(), usable.data(), n, p, request.scale.data(),
          request.shift.data(), corr.data(), /*reserved*/ 0, request.fEnter, request.fRemove, request.maxSteps,
          request.corrLimit, call.flags.data(), settings.method, settings.groups, settings.fraction, call.fitted.data(),
@@ -204,11 +147,6 @@ double sampleSd(std::span<const double> values) {
   double squares = 0;
   for (const double x : values) squares += (x - mean) * (x - mean);
   return n > 1 ? std::sqrt(squares / (n - 1)) : 0;
-}
-
-std::size_t randomLeaveOut(const Folds& folds, std::size_t rows) {
-  const auto groups = static_cast<std::size_t>(settingsOf(folds).groups);
-  return groups > 0 && groups < rows ? (rows + groups - 1) / groups : 1;
 }
 
 PreparedRegression prepareRegression(const TableView& table, const RegressionOptions& options, Watch& watch) {

@@ -22,9 +22,6 @@ struct PreparedRegression {
 
 PreparedRegression prepareRegression(const TableView& table, const RegressionOptions& options, Watch& watch);
 
-// Rows that a random draw of these folds holds out.
-std::size_t randomLeaveOut(const Folds& folds, std::size_t rows);
-
 // The response of a row, absent when its cell is missing or its table has no such column.
 std::optional<double> responseOf(const BlockRow& row, const std::string& response);
 

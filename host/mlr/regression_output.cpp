@@ -1,4 +1,5 @@
 // A regression as JSON and as CSV files.
+#include "host/folds.h"
 #include "host/json.h"
 #include "host/mlr/regression.h"
 #include "host/text.h"
@@ -91,8 +92,8 @@ std::string coefficientsCsv(const Regression& result) {
            "per_sd", "vif", "folds_chosen"});
   for (const RegressionTerm& term : result.terms)
     csv.row({term.name, exact(term.coefficient), exact(term.preparedCoefficient), exactOr(term.standardError),
-             exactOr(term.t), exactOr(term.p), exactOr(term.foldSpread), exactOr(term.perSd), exactOr(term.vif),
-             result.validation ? std::to_string(term.foldsChosen) : std::string()});
+             exactOr(term.halfWidth), exactOr(term.t), exactOr(term.p), exactOr(term.foldSpread), exactOr(term.perSd),
+             exactOr(term.vif), result.validation ? std::to_string(term.foldsChosen) : std::string()});
   return csv.text();
 }
 

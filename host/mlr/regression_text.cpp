@@ -1,5 +1,6 @@
 // A regression as a page of plain text, and what would be analysed.
 #include "host/distributions.h"
+#include "host/folds.h"
 #include "host/mlr/regression.h"
 #include "host/mlr/regression_call.h"
 #include "host/preparation/used_text.h"
@@ -179,14 +180,6 @@ std::string predictedTable(const Regression& result, const TextOptions& options)
 
 }  // namespace
 
-std::string describedFolds(const FoldPlan& plan) {
-  if (plan.kind == Folds::Kind::LeaveOneOut) return fmt::format("leave-one-out, {} folds", plan.folds);
-  if (plan.kind == Folds::Kind::Random)
-    return fmt::format("{} random draws of {}", plan.folds, counted(plan.largest, "row", "rows"));
-  return plan.smallest == plan.largest ? fmt::format("{} folds of {} rows", plan.folds, plan.smallest)
-                                       : fmt::format("{} folds", plan.folds);
-}
-
 std::string summary(const Regression& result, const TextOptions& options) {
   std::string steps = path(result);
   if (!steps.empty()) steps += (options.all && !result.steps.empty() ? stepTable(result) : std::string()) + "\n";
@@ -211,19 +204,9 @@ std::string explain(const TableView& table, const RegressionOptions& options) {
   else
     text += wrapped("selection     ",
                     fmt::format("every descriptor within the correlation limit {}", brief(options.corrLimit, 6)));
-  const Folds& folds = prepared.folds;
-  if (folds.kind == Folds::Kind::LeaveOneOut)
-    text += wrapped("validation    ", fmt::format("leave-one-out: {} folds", n));
-  else if (folds.kind == Folds::Kind::Systematic)
-    text +=
-        wrapped("validation    ",
-                fmt::format("{} folds of {} or {} rows, dealt in the order of {}; selection repeated in each",
-                            folds.groups, n / static_cast<std::size_t>(folds.groups),
-                            (n + static_cast<std::size_t>(folds.groups) - 1) / static_cast<std::size_t>(folds.groups),
-                            options.response));
-  else
-    text += wrapped("validation    ", fmt::format("{} random draws that hold out {} of {} rows, seed {}",
-                                                  folds.draws.draws, randomLeaveOut(folds, n), n, folds.seed));
+  text += wrapped("validation    ", explainedFolds(prepared.folds, n, options.response) +
+                                        (options.selection == Selection::Stepwise ? "; selection repeated in each"
+                                                                                  : "; refitted in each"));
   text += explainedRemarks(prepared.data.remarks);
   return text + "nothing was analysed (--explain)\n";
 }

@@ -1,0 +1,142 @@
+#include "host/folds.h"
+
+#include "host/text.h"
+
+#include <fmt/format.h>
+#include <studystats/analyses.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace studystats {
+namespace {
+
+constexpr std::int32_t kMostSeed = 161803398;
+
+std::mutex& validating() {
+  static std::mutex mutex;
+  return mutex;
+}
+
+// Entry i of the validation order is in group i mod G.
+std::vector<FoldRows> dealtRows(std::size_t folds, std::span<const std::int32_t> order) {
+  const std::size_t n = order.size();
+  std::vector<std::size_t> foldOf(n);
+  for (std::size_t i = 0; i < n; ++i) foldOf[static_cast<std::size_t>(order[i] - 1)] = i % folds;
+  std::vector<FoldRows> rows(folds);
+  for (std::size_t f = 0; f < folds; ++f)
+    for (std::size_t row = 0; row < n; ++row) (foldOf[row] == f ? rows[f].heldOut : rows[f].training).push_back(row);
+  return rows;
+}
+
+// Rows are drawn into the training set until leaveOut are left; a row drawn already, or an index outside the rows, is
+// drawn again. The index is formed in 32-bit floats.
+FoldRows drawnRows(std::size_t n, std::size_t leaveOut) {
+  FoldRows rows;
+  std::vector<bool> drawn(n, false);
+  while (rows.training.size() + leaveOut < n) {
+    const auto row = static_cast<std::int64_t>(Nmrand(0) * static_cast<float>(n));
+    if (row < 0 || row >= static_cast<std::int64_t>(n) || drawn[static_cast<std::size_t>(row)]) continue;
+    drawn[static_cast<std::size_t>(row)] = true;
+    rows.training.push_back(static_cast<std::size_t>(row));
+  }
+  for (std::size_t row = 0; row < n; ++row)
+    if (!drawn[row]) rows.heldOut.push_back(row);
+  return rows;
+}
+
+}  // namespace
+
+void checkFolds(const Folds& folds) {
+  const auto refuse = [](const std::string& text) { throw BadOptions(text, {.option = "--folds"}); };
+  if (folds.kind == Folds::Kind::Systematic && folds.groups < 2)
+    refuse(fmt::format("--folds {} leaves nothing to train on or nothing to hold out; try --folds 7 or --folds loo.",
+                       folds.groups));
+  if (folds.kind != Folds::Kind::Random) return;
+  if (folds.draws.draws < 1) refuse("--folds random needs at least one draw, as in random:100:20%.");
+  if (!(folds.draws.heldOut >= 0.001 && folds.draws.heldOut <= 0.5))
+    refuse(fmt::format("--folds random holds out between 0.1 % and 50 % of the rows, not {}.",
+                       percent(folds.draws.heldOut)));
+  if (folds.seed < 0 || folds.seed > kMostSeed)
+    throw BadOptions(fmt::format("--seed {} is outside 0 ... {}.", folds.seed, kMostSeed), {.option = "--seed"});
+}
+
+Folds foldsThatCanRun(Folds folds, std::size_t n, std::vector<Remark>& remarks) {
+  if (folds.kind == Folds::Kind::Systematic && static_cast<std::size_t>(folds.groups) >= n) {
+    remarks.push_back({Severity::Note,
+                       "folds-are-loo",
+                       fmt::format("--folds {} with {} is leave-one-out.", folds.groups, counted(n, "row", "rows")),
+                       {}});
+    folds = Folds::leaveOneOut();
+  }
+  return folds;
+}
+
+// N draws that hold out P percent are k = round(100 / P) groups and a fraction of (N + 0.5) / k: cutting N + 0.5 to an
+// integer cannot lose one.
+FoldSettings settingsOf(const Folds& folds) {
+  switch (folds.kind) {
+    case Folds::Kind::LeaveOneOut:
+      return {.method = 1, .groups = 0};
+    case Folds::Kind::Systematic:
+      return {.method = 1, .groups = folds.groups};
+    case Folds::Kind::Random:
+      break;
+  }
+  const double groups = std::round(1 / folds.draws.heldOut);
+  return {.method = 2,
+          .groups = static_cast<std::int32_t>(groups),
+          .fraction = static_cast<float>((folds.draws.draws + 0.5) / groups)};
+}
+
+ValidatingAlone::ValidatingAlone(std::int32_t seed) : lock_(validating()) {
+  Nmrrst();
+  Nmrand(seed);
+}
+
+std::size_t randomLeaveOut(const Folds& folds, std::size_t rows) {
+  const auto groups = static_cast<std::size_t>(settingsOf(folds).groups);
+  return groups > 0 && groups < rows ? (rows + groups - 1) / groups : 1;
+}
+
+FoldPlan planOf(std::int32_t foldsPlanned, const Folds& folds, std::size_t n) {
+  FoldPlan plan{.kind = folds.kind, .folds = static_cast<std::size_t>(foldsPlanned), .seed = folds.seed};
+  if (plan.folds == 0) return plan;
+  if (folds.kind == Folds::Kind::Random) {
+    plan.smallest = plan.largest = randomLeaveOut(folds, n);
+  } else {
+    plan.smallest = n / plan.folds;
+    plan.largest = (n + plan.folds - 1) / plan.folds;
+  }
+  return plan;
+}
+
+std::string describedFolds(const FoldPlan& plan) {
+  if (plan.kind == Folds::Kind::LeaveOneOut) return fmt::format("leave-one-out, {} folds", plan.folds);
+  if (plan.kind == Folds::Kind::Random)
+    return fmt::format("{} random draws of {}", plan.folds, counted(plan.largest, "row", "rows"));
+  return plan.smallest == plan.largest ? fmt::format("{} folds of {} rows", plan.folds, plan.smallest)
+                                       : fmt::format("{} folds", plan.folds);
+}
+
+std::string explainedFolds(const Folds& folds, std::size_t n, const std::string& order) {
+  if (folds.kind == Folds::Kind::LeaveOneOut) return fmt::format("leave-one-out: {} folds", n);
+  if (folds.kind == Folds::Kind::Random)
+    return fmt::format("{} random draws that hold out {} of {} rows, seed {}", folds.draws.draws,
+                       randomLeaveOut(folds, n), n, folds.seed);
+  const auto groups = static_cast<std::size_t>(folds.groups);
+  const std::string size =
+      n % groups == 0 ? fmt::to_string(n / groups) : fmt::format("{} or {}", n / groups, n / groups + 1);
+  return fmt::format("{} folds of {} rows, dealt in the order of {}", groups, size, order);
+}
+
+std::vector<FoldRows> foldRows(const Folds& folds, const FoldPlan& plan, std::span<const std::int32_t> order) {
+  if (plan.folds == 0) return {};
+  if (folds.kind != Folds::Kind::Random) return dealtRows(plan.folds, order);
+  const ValidatingAlone alone(folds.seed);
+  std::vector<FoldRows> rows;
+  for (std::size_t f = 0; f < plan.folds; ++f) rows.push_back(drawnRows(order.size(), plan.largest));
+  return rows;
+}
+
+}  // namespace studystats
