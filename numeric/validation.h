@@ -3,9 +3,8 @@
 // An analysis validates in this order:
 //   1. it stores cvMethod, cvGroups and cvFraction; planValidation tells it how much storage the folds will need;
 //   2. the set-up of the validation order runs VldPln for the n rows;
-//   3. for g = 1 ... cvFolds: VldGrp code 5 builds the training subset, the model is fitted on it, VldGrp code 6 builds
-//   the
-//      held-out subset, its rows are predicted and their errors weighted by cvPressWeight.
+//   3. for g = 1 ... cvFolds: VldGrp code 5 builds the training subset, the model is fitted on it, VldGrp code 6
+//      builds the held-out subset, its rows are predicted and their errors weighted by cvPressWeight.
 //
 // The settings and the plan are process-wide and unguarded. Rows, positions and groups count from 1 in every argument.
 #pragma once

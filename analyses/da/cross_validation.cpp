@@ -75,8 +75,8 @@ void classifyHeldOut(const DaAnalysis& v, DaScratch& s) {
   nearestClasses({s.samples.data(), v.n}, nHeld, {s.fold.means.data(), v.p}, v.g, model, v.distances);
   if (model.m == 1) onlyCanonicalFunction(v.canonical);
   for (std::int32_t i = 0; i < nHeld; ++i) {
+    if (s.tags[i] < 1 || s.tags[i] > v.g) continue;
     const std::int32_t own = s.tags[i] - 1, predicted = model.nearest[i] - 1;
-    if (own < 0 || own >= v.g) continue;
     ++v.confusion(own, predicted);
     ++s.validated[own];
     s.correct[own] += predicted == own ? 1 : 0;

@@ -110,11 +110,6 @@ void DaCore(const double* data, const std::int32_t* classOf, std::int32_t* model
   *status = kSingular;
   const std::int32_t n = *nSamples, p = *nVars, g = *classCount;
   if (n < 0 || p < 0 || g < 1) return;
-  DaScratch scratch(n, p, g);
-  if (!scratch) {
-    *status = kNoScratch;
-    return;
-  }
   const DaAnalysis analysis{{data, n},
                             classOf,
                             inModel,
@@ -130,6 +125,11 @@ void DaCore(const double* data, const std::int32_t* classOf, std::int32_t* model
                             {distances, n},
                             {nCanonical, canonValues, {canonVectors, p}}};
   if (!modelCanBePooled(analysis)) return;
+  DaScratch scratch(n, p, g);
+  if (!scratch) {
+    *status = kNoScratch;
+    return;
+  }
 
   // 1. The model on all model samples.
   const DaSteps steps{nSteps, selectOrder, stepFraction, {stepClassFraction, p}};

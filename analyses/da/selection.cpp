@@ -169,7 +169,7 @@ std::int32_t selectSubset(const DaSamples& samples, const DaRules& rules, std::i
 void DaPool(const double* data, const std::int32_t* classOf, const std::int32_t* ldData, const std::int32_t* ldVar,
             const std::int32_t* n, const std::int32_t* p, double* means, double* within, const std::int32_t* classSize,
             std::int32_t* status) {
-  const DaSamples samples{{data, *ldData}, classOf, classSize, *n, *p, nClasses};
+  const DaSamples samples{{data, *ldData}, classOf, classSize, *n, std::max(*p, 0), nClasses};
   Scratch<double> products(productScratch(*p));
   *status = products ? kDone : kNoScratch;
   if (!products) return;
@@ -223,6 +223,7 @@ void DaEval(const double* data, const std::int32_t* classOf, const std::int32_t*
   const DaSamples samples{{data, *ldData}, classOf, classSize, *n, *p, nClasses};
   const Fit fit{samples, {{means, *ldVar}, {within, *ldVar}}, model};
   *status = fit.take(selected);
+  if (*status == kSingular) std::fill_n(classFraction, std::max(nClasses, 0), 0.0F);
   if (*status != kDone) return;
   storeInverse(model, {winv, *ldVar});
   *fraction = fit.fractionCorrect();
@@ -239,7 +240,7 @@ void DaStep(const double* data, const std::int32_t* classOf, const std::int32_t*
   Scratch<double> products(productScratch(*p));
   *status = obtained(model, products) ? kDone : kNoScratch;
   if (*status != kDone) return;
-  const DaSamples samples{{data, *ldData}, classOf, classSize, *n, *p, nClasses};
+  const DaSamples samples{{data, *ldData}, classOf, classSize, *n, std::max(*p, 0), nClasses};
   const DaSteps steps{nSteps, selectOrder, stepFraction, {stepClassFraction, *ldVar}};
   *status = selectSubset(samples, {*selectMode, *nSelect, *maxSteps}, selected, {means, *ldVar}, {within, *ldVar},
                          products.data(), &steps, model);

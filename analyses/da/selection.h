@@ -2,7 +2,8 @@
 // the classes.
 //
 // Classes are numbered 1 ... g, g being the shared setting nClasses; variables and rows count from 1 in every argument.
-// Data have leading dimension ldData, matrices by variable leading dimension ldVar:
+// Data have leading dimension ldData, matrices by variable leading dimension ldVar. Fewer than no variables count as
+// none.
 //
 //   classOf   n          class of each sample       classSize  g            samples of each class
 //   selected  p          1 = in the subset          means      ldVar x g    class means
@@ -27,7 +28,8 @@ extern std::int32_t nClasses;
 
 // Class means (a class without samples has mean 0) and
 //   within(j, k) = sum over samples of deviation(j) * deviation(k) / (n - g),
-// deviations from the sample's class mean, each product divided before it is added. Status 1: nothing else written.
+// deviations from the sample's class mean, each product divided before it is added. Entries of means, and of within
+// (ldVar x ldVar), behind the p variables become 0. Status 1: nothing else written.
 void DaPool(const double* data, const std::int32_t* classOf, const std::int32_t* ldData, const std::int32_t* ldVar,
             const std::int32_t* n, const std::int32_t* p, double* means, double* within, const std::int32_t* classSize,
             std::int32_t* status);
@@ -46,6 +48,7 @@ void DaInv(const std::int32_t* p, const std::int32_t* ldVar, const std::int32_t*
 //   fraction           of the samples whose nearest class is their own
 //   classFraction (g)  the same by class; not a number for a class without samples
 //   distSum            sum of the distances between class means over all pairs of classes
+// Status 1: the shares by class are 0, nothing else is written.
 // With one variable classes are told apart by (x - mean)^2, distances between means are in within-class standard
 // deviations (in units of x when that is 0), and winv is 1 / variance.
 void DaEval(const double* data, const std::int32_t* classOf, const std::int32_t* ldData, const std::int32_t* ldVar,

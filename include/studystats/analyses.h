@@ -75,8 +75,8 @@ STUDYSTATS_API int32_t Nmrrst(void);
  *   eigenvalues    out  p      variances of the components, largest first; those that rounding made negative are 0
  *   eigenvectors   out  p x p  column k holds the loadings of component k, of unit length. The sign of a column is the
  *                              eigensolver's; the scores carry the same sign
- *   covariance     out  p x p  covariances of the variables, divisor n - 1, both triangles. With n = 1 it is not
- *                              written: what the caller left in its lower triangle is decomposed instead
+ *   covariance     out  p x p  covariances of the variables, divisor n - 1, both triangles. With n = 1 what the caller
+ *                              left in its lower triangle is decomposed instead, and copied over the upper one
  *   cumExplained   out  p x p  entry (j, k): sum over components 1 ... k of loading(j)^2 * variance, capped at 1 in
  *                              every step. With autoscaled data, the fraction of variable j's variance explained
  *   scores         out  n x p  entry (i, k): sum over j of data(i, j) * eigenvectors(j, k). The data enter uncentred;
@@ -186,14 +186,14 @@ STUDYSTATS_API void PCAnal(const double* data, int32_t nRows, int32_t nVars, int
  *   status   meaning
  *   0        success; every output is written. The validation may have been abandoned because a fit in a fold was
  *            singular: press is then 0 and q2 misleadingly 1, cvInterceptSd is not written, cvCoefSd is only divided by
- *            scale, and cvSelCount counts the folds before
+ *            scale, and cvSelCount counts the selections made until then
  *   1        singular: descriptors of a model depend exactly on each other, or hold not-a-numbers. Written are corr,
  *            flags, fStart, sStart, inList, nSteps, the steps so far, and coef and intercept of the last fit that
  *            succeeded. Also when nRows is below 0 or nCols below 1, and then none of these
  *   5        scratch memory (about 16 p^2 + 8 n p bytes, and 8 p bytes a fold) could not be obtained. Of the outputs
  *            only continueFlag (1), fStart and sStart (0) are written
- *   999      the host asked to stop. Of the statistics only df is written; press is incomplete, and cvSelCount counts
- *            the folds that ended
+ *   999      the host asked to stop. Written are what status 1 names, nIn, df and the sorted rowIds; press is
+ *            incomplete, and cvSelCount counts the folds that ended
  *
  * Reports g of G before fold g. A failure of the host passes through as an exception, and nothing leaks. Stores the
  * process-wide validation settings and may draw from the generator: one validating analysis at a time. Cost: n * p^2
@@ -214,6 +214,93 @@ STUDYSTATS_API void MulReg(const double* data, const int32_t* rowTags, int32_t* 
                            int32_t* cvSelCount, float* stepPartialF, float* stepF, float* stepS, int32_t* stepAction,
                            int32_t* stepVar, int32_t* nIn, int32_t* nSteps, const int32_t* maxFolds, int32_t* status,
                            struct ProgressMonitor* progressMonitor, int32_t* continueFlag);
+
+/* ---------------------------------------------------------------------------------------------------------------------
+ * Partial least squares
+ */
+
+/* Partial least squares regression of one or several responses by NIPALS, cross-validated, with the number of
+ * components chosen from the errors of prediction: n = nRows samples, p = nDescriptors descriptors, q = nResponses
+ * responses, a = nComponents components.
+ *
+ * The data are expected as x' = (x - mean) / scale, by which the caller has centred and scaled them; means and scales
+ * bring the model back to the units of x. "Data units" below means those of x', "raw units" those of x. Folds are not
+ * centred or scaled again. Entry (j, c, k) of a p x a x q array, counted from 1, lies at index
+ * (k - 1) * a * p + (c - 1) * p + (j - 1).
+ *
+ *   argument         dir     shape      meaning
+ *   data             in      n x m      descriptors, then responses; further columns are not used. Not modified
+ *   rowTags          in      n x 2      any numbers; nothing looks at them
+ *   rowOrder         out     n          numbers of the model's rows, sorted by ascending first response, ties by number
+ *                                       (all by number when there is no response). Entries behind them hold no order
+ *   rowUse           in      n          1: a row of the model. Other: the row is neither trained on nor held out, and
+ *                                       only predicted, in fitted
+ *   nRows            in      value      number of samples, n
+ *   nCols            in      value      number of columns of data, m, at least p + q
+ *   reserved1        in      value      not read
+ *   scales           in-out  m          divisor of each column; all set to 1 when scaled is 0
+ *   means            in      m          mean of each column
+ *   reserved2        in      -          not read, may be null
+ *   nResponses       in      value      number of responses, q; below 0 counts as none
+ *   nDescriptors     in      value      number of descriptors, p
+ *   keepAll          in      value      0: the number of components is chosen by the ratio rule. Other: all are kept
+ *   ratioLimit       in      value      limit of the ratio rule: the leading components are kept of which each has, for
+ *                                       some response, a ratio of this or less; one at least
+ *   nComponents      in      value      number of components, a
+ *   scaled           in      value      0: the data were only centred
+ *   cvMethod         in      value      1: systematic groups, dealt along the ascending first response so that each
+ *                                       spans its range; other: random subsets, drawn with Nmrand
+ *   cvGroups         in      value      number of groups; below 1: one sample a group (leave-one-out)
+ *   cvFraction       in      value      random subsets: multiplier for the number of folds
+ *   coefs            out     p x a x q  regression coefficients of the models of 1, 2, ... components, raw units
+ *   coefErrors       out     p x a x q  jackknife standard errors of the coefficients, raw units
+ *   pressRatios      out     a x q      root of press over the rss of one component less (the first: over tss); 0 when
+ *                                       that is not positive. Only for the components kept, as q2 and r2; entries
+ *                                       behind them are not written
+ *   q2               out     a x q      1 - press / tss; 0 when tss is not positive
+ *   r2               out     a x q      1 - rss / tss; 0 when tss is not positive
+ *   rss              out     a x q      residual sum of squares of each response, data units
+ *   tss              out     q          sum of squares of each response about its mean, data units, over all n rows: a
+ *                                       row outside the model counts as a row of zeros
+ *   intercepts       out     a x q      constant term of each model, raw units
+ *   fitted           out     n x q      predictions of all rows by the components kept, raw units
+ *   press            out     a x q      sum of squared prediction errors over the folds, weighted to one prediction a
+ *                                       sample, data units
+ *   status           out     1          see below
+ *   progressMonitor  in      value      told of each fold before it runs; may be null
+ *   continueFlag     out     1          1; 0 when the host asked to stop
+ *
+ *   status   meaning
+ *   0        success; every output is written
+ *   1        no components were asked for, or numbers that make no analysis (n or p below 0, m below p + q). Nothing
+ *            else is written but continueFlag
+ *   2        the scores of a component did not converge within 1000 passes (several responses only), in the model or in
+ *            a fold. Written are scales, rowOrder (nothing sorted yet) and, when it is not the first component, tss and
+ *            the rss of those before it; after a failure in a fold also what 999 names
+ *   5        scratch memory (about 8 * (n * (p + q) + p * a * (3 q + 5)) bytes) could not be obtained. Nothing else is
+ *            written but continueFlag
+ *   999      the host asked to stop. Written are rowOrder, scales, tss, rss, and coefs in data units; press is
+ *            incomplete
+ *
+ * A number of a model row that is not one makes all of the model's numbers such. Components beyond the rank of the data
+ * are extracted from what rounding left.
+ *
+ * Reports g of G before fold g. A failure of the host passes through as an exception, and nothing leaks. Stores the
+ * process-wide validation settings and may draw from the generator: one validating analysis at a time. Cost: n * p * a
+ * for the model and for each fold (times the passes, with several responses), and p * a * (a + q) for the coefficients;
+ * p^2 * a where the components exceed the rank.
+ *
+ * Sources: Wold, Sjostrom & Eriksson (2001), Chemometrics and Intelligent Laboratory Systems 58, 109-130 (NIPALS);
+ * Wold (1978), Technometrics 20, 397-405 (the ratio rule); Martens & Martens (2000), Food Quality and Preference 11,
+ * 5-16 (the errors of the coefficients).
+ */
+STUDYSTATS_API void PlsAnl(const double* data, const int32_t* rowTags, int32_t* rowOrder, const int32_t* rowUse,
+                           int32_t nRows, int32_t nCols, int64_t reserved1, double* scales, const double* means,
+                           const void* reserved2, int32_t nResponses, int32_t nDescriptors, int32_t keepAll,
+                           float ratioLimit, int32_t nComponents, int32_t scaled, int32_t cvMethod, int32_t cvGroups,
+                           float cvFraction, double* coefs, double* coefErrors, double* pressRatios, double* q2,
+                           double* r2, double* rss, double* tss, double* intercepts, double* fitted, double* press,
+                           int32_t* status, struct ProgressMonitor* progressMonitor, int32_t* continueFlag);
 
 /* ---------------------------------------------------------------------------------------------------------------------
  * Discriminant analysis
@@ -285,9 +372,10 @@ STUDYSTATS_API void MulReg(const double* data, const int32_t* rowTags, int32_t* 
  *            sample of a class outside 1 ... g, no more model samples than classes, g < 1, n < 0, p < 0): then no
  *            output but continueFlag is written
  *   2        no variable could be selected
- *   5        scratch memory (about 64 p^2 + 8 n p bytes) could not be obtained. No output but continueFlag is written
+ *   5        scratch memory (about 80 p^2 + 8 n p bytes) could not be obtained. No output but continueFlag is written
  *   999      the host asked to stop. Written are modelRows, selected, confusion and the steps; cvSelCount and
- *            cvConfusion count the folds that ended, whose classifications left traces in distances
+ *            cvConfusion count the folds that ended, whose classifications left traces in distances and, where one
+ *            variable was chosen, in the canonical outputs
  *
  * After status 1 or 2 from the model of all samples, modelRows (the model's samples), selected, nSteps and the steps so
  * far are written. A selection that fails in a fold starts the validation over, once, with one sample a group; reports

@@ -25,11 +25,24 @@ static int discrimination(void) {
          distances[6] == 11;
 }
 
+/* The response is twice the descriptor: one component, found in every fold. */
+static int partialLeastSquares(void) {
+  const double data[8] = {-2, -1, 1, 2, -4, -2, 2, 4}, means[2] = {5, 7};
+  const int32_t tags[8] = {0}, rowUse[4] = {1, 1, 1, 1};
+  int32_t rows[4], status = -1, goOn = -1;
+  double scales[2] = {1, 1}, coef, error, ratio, q2, r2, rss, tss, intercept, fitted[4], press;
+  PlsAnl(data, tags, rows, rowUse, 4, 2, 0, scales, means, 0, 1, 1, 0, 0.9F, 1, 0, 1, 0, 1, &coef, &error, &ratio, &q2,
+         &r2, &rss, &tss, &intercept, fitted, &press, &status, 0, &goOn);
+  return status == 0 && coef > 1.9999999 && coef < 2.0000001 && tss == 40 && q2 > 0.9999999 && rows[3] == 4 &&
+         fitted[3] > 10.9999999 && fitted[3] < 11.0000001 && intercept > -3.0000001 && intercept < -2.9999999;
+}
+
 static int randomNumbers(void) { return Nmrrst() == 0 && Nmrand(0) == 533923850.0F * 1e-9F; }
 
 int main(void) {
   if (!principalComponents()) return puts("principal components differ"), 1;
   if (!discrimination()) return puts("discriminant analysis differs"), 1;
+  if (!partialLeastSquares()) return puts("partial least squares differs"), 1;
   if (!randomNumbers()) return puts("random numbers differ"), 1;
   return 0;
 }

@@ -5,10 +5,11 @@
 #include <studystats/frame.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
 #include <string>
 #include <vector>
+
+#include "tests/analyses/calls.h"
 
 namespace studystats {
 
@@ -90,44 +91,33 @@ struct MlrCall {
   std::vector<std::int32_t> df, inList, selCount, stepAction, stepVar, counts;
 };
 
-template <class Number>
-bool sameBits(const std::vector<Number>& a, const std::vector<Number>& b) {
-  bool same = a.size() == b.size();
-  for (std::size_t i = 0; same && i < a.size(); ++i)
-    same = (a[i] == b[i] && std::signbit(a[i]) == std::signbit(b[i])) || (std::isnan(a[i]) && std::isnan(b[i]));
-  return same;
-}
-
 // The outputs in which two calls differ, by name; empty when there are none.
 inline std::string differences(const MlrCall& a, const MlrCall& b) {
-  std::string names;
-  const auto compare = [&names](const char* name, const auto& left, const auto& right) {
-    if (!sameBits(left, right)) names += std::string(name) + " ";
-  };
-  compare("rowIds", a.rowIds, b.rowIds);
-  compare("flags", a.flags, b.flags);
-  compare("corr", a.corr, b.corr);
-  compare("fitted", a.fitted, b.fitted);
-  compare("resid", a.resid, b.resid);
-  compare("sumSq", a.sumSq, b.sumSq);
-  compare("rawCoef", a.rawCoef, b.rawCoef);
-  compare("coef", a.coef, b.coef);
-  compare("cvCoefSd", a.cvCoefSd, b.cvCoefSd);
-  compare("coefSe", a.coefSe, b.coefSe);
-  compare("tValue", a.tValue, b.tValue);
-  compare("tProb", a.tProb, b.tProb);
-  compare("numbers", a.numbers, b.numbers);
-  compare("startF", a.startF, b.startF);
-  compare("stepPartialF", a.stepPartialF, b.stepPartialF);
-  compare("stepF", a.stepF, b.stepF);
-  compare("stepS", a.stepS, b.stepS);
-  compare("df", a.df, b.df);
-  compare("inList", a.inList, b.inList);
-  compare("cvSelCount", a.selCount, b.selCount);
-  compare("stepAction", a.stepAction, b.stepAction);
-  compare("stepVar", a.stepVar, b.stepVar);
-  compare("counts", a.counts, b.counts);
-  return names;
+  Differences found;
+  found.compare("rowIds", a.rowIds, b.rowIds);
+  found.compare("flags", a.flags, b.flags);
+  found.compare("corr", a.corr, b.corr);
+  found.compare("fitted", a.fitted, b.fitted);
+  found.compare("resid", a.resid, b.resid);
+  found.compare("sumSq", a.sumSq, b.sumSq);
+  found.compare("rawCoef", a.rawCoef, b.rawCoef);
+  found.compare("coef", a.coef, b.coef);
+  found.compare("cvCoefSd", a.cvCoefSd, b.cvCoefSd);
+  found.compare("coefSe", a.coefSe, b.coefSe);
+  found.compare("tValue", a.tValue, b.tValue);
+  found.compare("tProb", a.tProb, b.tProb);
+  found.compare("numbers", a.numbers, b.numbers);
+  found.compare("startF", a.startF, b.startF);
+  found.compare("stepPartialF", a.stepPartialF, b.stepPartialF);
+  found.compare("stepF", a.stepF, b.stepF);
+  found.compare("stepS", a.stepS, b.stepS);
+  found.compare("df", a.df, b.df);
+  found.compare("inList", a.inList, b.inList);
+  found.compare("cvSelCount", a.selCount, b.selCount);
+  found.compare("stepAction", a.stepAction, b.stepAction);
+  found.compare("stepVar", a.stepVar, b.stepVar);
+  found.compare("counts", a.counts, b.counts);
+  return found.names();
 }
 
 }  // namespace studystats

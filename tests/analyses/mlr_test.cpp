@@ -1,15 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdlib>
-#include <fstream>
 #include <limits>
 #include <random>
-#include <sstream>
-#include <string>
 #include <vector>
 
 #include "analyses/mlr/selection.h"
+#include "tests/analyses/example.h"
 #include "tests/analyses/mlr_call.h"
 #include "tests/definition/mlr.h"
 
@@ -23,17 +20,7 @@ constexpr double kUntouched = MlrCall::kUntouched;
 // The numeric columns of an example table; the response is its last column.
 MlrCall exampleCall(const char* name, std::int32_t n, std::int32_t p) {
   MlrCall call(n, p);
-  std::ifstream file(std::string(STUDYSTATS_SOURCE_DIR "/examples/") + name);
-  std::string line, cell;
-  std::getline(file, line);
-  for (std::ptrdiff_t i = 0; i < n && std::getline(file, line); ++i) {
-    std::istringstream cells(line);
-    for (std::ptrdiff_t j = 0; j < p && std::getline(cells, cell, ',');) {
-      char* end = nullptr;
-      const double value = std::strtod(cell.c_str(), &end);
-      if (*end == '\0') call.cell(i, j++) = value;
-    }
-  }
+  call.data = exampleNumbers(name, n, p);
   return call;
 }
 
@@ -185,34 +172,6 @@ NastyCase nastyCase(std::uint64_t seed) {
   call.maxFolds = pick(0, 60);
   return {call, static_cast<std::int32_t>(seed % 1000) + 1, pick(0, 0, 0, 1, 2, 4)};
 }
-
-class StoppingHost {
- public:
-  explicit StoppingHost(std::int32_t stopAt) : stopAt_(stopAt) {
-    monitor.monitor = &host_;
-    host_.AddRef();
-  }
-  ProgressMonitor monitor;
-
- private:
-  struct Host final : ISBProgressMonitor {
-    explicit Host(StoppingHost* owner) : owner_(owner) {}
-    HRESULT QueryInterface(const GUID&, void**) override { return 0; }
-    std::uint32_t AddRef() override { return 1; }
-    std::uint32_t Release() override { return 1; }
-    HRESULT HostMethod4() override { return 0; }
-    HRESULT HostMethod5() override { return 0; }
-    HRESULT HostMethod6() override { return 0; }
-    HRESULT HostMethod7() override { return 0; }
-    HRESULT ReportProgress(std::int32_t, std::int32_t, VARIANT, VARIANT_BOOL* answer) override {
-      *answer = ++owner_->reports_ == owner_->stopAt_ ? VARIANT_BOOL{0} : VARIANT_TRUE;
-      return 0;
-    }
-    StoppingHost* owner_;
-  };
-  std::int32_t stopAt_, reports_ = 0;
-  Host host_{this};
-};
 
 TEST(MulReg, EqualsThePlainTranscriptionBitForBitOnNastyTables) {
   int nDone = 0, nSingular = 0, nStopped = 0, nAbandoned = 0, nDropped = 0;

@@ -5,15 +5,12 @@
 
 #include <bit>
 #include <cmath>
-#include <cstdlib>
-#include <fstream>
 #include <limits>
 #include <random>
-#include <sstream>
-#include <string>
 #include <vector>
 
 #include "numeric/matrix_view.h"
+#include "tests/analyses/example.h"
 #include "tests/definition/pca.h"
 
 namespace studystats {
@@ -56,21 +53,7 @@ Table randomTable(std::int32_t n, std::int32_t p) {
 }
 
 // The numeric columns of an example table.
-Table exampleTable(const char* name, std::int32_t n, std::int32_t p) {
-  Table table{n, p};
-  std::ifstream file(std::string(STUDYSTATS_SOURCE_DIR "/examples/") + name);
-  std::string line, cell;
-  std::getline(file, line);
-  for (int i = 0; i < n && std::getline(file, line); ++i) {
-    std::istringstream cells(line);
-    for (int j = 0; j < p && std::getline(cells, cell, ',');) {
-      char* end = nullptr;
-      const double value = std::strtod(cell.c_str(), &end);
-      if (*end == '\0') table.view()(i, j++) = value;
-    }
-  }
-  return table;
-}
+Table exampleTable(const char* name, std::int32_t n, std::int32_t p) { return {n, p, exampleNumbers(name, n, p)}; }
 
 void autoscale(Table& table) {
   for (int j = 0; j < table.p; ++j) {
@@ -217,6 +200,15 @@ TEST(Pca, OfOneSampleDecomposesWhatTheCallerLeft) {
   EXPECT_EQ(pca.values[1], 0) << "-14.5 is below 0";
   EXPECT_EQ(pca.deviations, std::vector<double>(2, 1));
   EXPECT_EQ(pca.means, pca.scores);
+
+  // [2 1; 1 2], whose eigenvalues are 3 and 1, and anything above the diagonal.
+  double data[] = {3, 4}, covariance[] = {2, 1, 9, 2}, out[6][4];
+  std::int32_t count, status;
+  PCAnal(data, 1, 2, &count, out[0], out[1], covariance, out[2], out[3], out[4], out[5], &status);
+  EXPECT_EQ(status, 0);
+  EXPECT_NEAR(out[0][0], 3, 1e-15);
+  EXPECT_NEAR(out[0][1], 1, 1e-15);
+  EXPECT_EQ(std::vector<double>(covariance, covariance + 4), (std::vector<double>{2, 1, 1, 2}));
 }
 
 TEST(Pca, WithoutSamplesOrVariablesComputesNothing) {

@@ -146,9 +146,22 @@ std::int32_t discrimination(const std::vector<double>& data, Outputs& out) {
   return status;
 }
 
-const Analysis kAnalyses[] = {
-    {"PCAnal", 4, principalComponents}, {"MulReg", 20, regression}, {"DisAnl", 40, discrimination}};
-const Analysis kReporting[] = {{"MulReg", 20, regression}, {"DisAnl", 40, discrimination}};
+// One response and two components, leave-one-out; the scales are an input as well.
+std::int32_t partialLeastSquares(const std::vector<double>& data, Outputs& out) {
+  const std::int32_t n = kRows, m = kColumns, p = m - 1, q = 1, a = 2;
+  std::int32_t tags[2 * kRows] = {}, rowUse[kRows], status = -1, goOn = -1;
+  double scales[kColumns], means[kColumns] = {};
+  std::fill_n(rowUse, n, 1);
+  std::fill_n(scales, m, 1.0);
+  PlsAnl(data.data(), tags, out.counts.data(), rowUse, n, m, 0, scales, means, nullptr, q, p, 0, 0.9F, a, 1, 1, 0, 1,
+         out.take(p * a * q), out.take(p * a * q), out.take(a * q), out.take(a * q), out.take(a * q), out.take(a * q),
+         out.take(q), out.take(a * q), out.take(n * q), out.take(a * q), &status, watched, &goOn);
+  return status;
+}
+
+const Analysis kReporting[] = {
+    {"MulReg", 20, regression}, {"PlsAnl", 30, partialLeastSquares}, {"DisAnl", 40, discrimination}};
+const Analysis kAnalyses[] = {{"PCAnal", 4, principalComponents}, kReporting[0], kReporting[1], kReporting[2]};
 
 std::vector<double> table() {
   std::vector<double> data(kRows * kColumns);

@@ -2,6 +2,7 @@
 // each case. The program is linked with the library compiled in several ways; the outputs must be equal.
 
 #include <studystats/analyses.h>
+#include <studystats/utilities.h>
 
 #include <bit>
 #include <cmath>
@@ -177,6 +178,51 @@ void discrimination(Hash& hash) {
   }
 }
 
+// Matrices of distances, and of neighbours' numbers: fewer points than a block and more, whole vectors and rests.
+void distances(Hash& hash) {
+  Inputs inputs(7);
+  struct Shape {
+    std::int32_t n, p;
+  };
+  for (const auto [n, p] : {Shape{1, 1}, {63, 4}, {65, 7}, {130, 33}, {321, 5}})
+    for (const auto type : {StatsDistanceUtils::STATS_DIST_EUCLIDEAN, StatsDistanceUtils::STATS_DIST_TANIMOTO}) {
+      DataMatrix points, dist;
+      for (std::int32_t c = 0; c < p; ++c) points.push_back(inputs.table(n, 1));
+      if (n == 65) points[1][17] = INFINITY;
+      StatsDistanceUtils::GenerateDistanceMatrix(points, dist, type);
+      for (const auto& column : dist) hash.add(column);
+      IndexMatrix lists;
+      StatsClusterUtils::CreateNeighborLists(points, n, type, 5, n % 2 == 0, lists);
+      for (const auto& list : lists) hash.add(list);
+    }
+}
+
+// One response and several, a row left out, strips of samples that end anywhere, components beyond the rank.
+void partialLeastSquares(Hash& hash) {
+  Inputs inputs(8);
+  struct Shape {
+    std::int32_t n, p, q, a, method;
+  };
+  for (const auto [n, p, q, a, method] :
+       {Shape{20, 3, 1, 3, 1}, {9, 40, 2, 4, 2}, {65, 17, 3, 2, 1}, {300, 9, 1, 5, 2}, {7, 300, 1, 9, 1}}) {
+    const std::vector<double> data = inputs.table(n, p + q), means = inputs.table(1, p + q);
+    const std::vector<std::int32_t> tags(2 * static_cast<std::size_t>(n));
+    std::vector<std::int32_t> rowUse(static_cast<std::size_t>(n), 1), counts(static_cast<std::size_t>(n) + 2);
+    rowUse[2] = 0;
+    std::vector<double> scales = inputs.table(1, p + q), coefs = numbers(p * a, q), errors = coefs, tss = numbers(q);
+    std::vector<double> ratios = numbers(a, q), q2 = ratios, r2 = ratios, rss = ratios, press = ratios;
+    std::vector<double> intercepts = ratios, fitted = numbers(n, q);
+    Nmrand(-9);
+    PlsAnl(data.data(), tags.data(), counts.data(), rowUse.data(), n, p + q, 0, scales.data(), means.data(), nullptr, q,
+           p, 1, 1, a, 1, method, 4, 1, coefs.data(), errors.data(), ratios.data(), q2.data(), r2.data(), rss.data(),
+           tss.data(), intercepts.data(), fitted.data(), press.data(), &counts[static_cast<std::size_t>(n)], nullptr,
+           &counts[static_cast<std::size_t>(n) + 1]);
+    for (const auto* output : {&coefs, &errors, &ratios, &q2, &r2, &rss, &tss, &intercepts, &fitted, &press})
+      hash.add(*output);
+    hash.add(counts);
+  }
+}
+
 struct Case {
   const char* name;
   void (*run)(Hash&);
@@ -190,6 +236,8 @@ const Case kCases[] = {
     {"eigenvectors", eigenvectors},
     {"principal_components", principalComponents},
     {"discrimination", discrimination},
+    {"partial_least_squares", partialLeastSquares},
+    {"distances", distances},
 };
 
 }  // namespace

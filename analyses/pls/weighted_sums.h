@@ -1,0 +1,34 @@
+// Weighted sums over a block of numbers, the one operation of NIPALS: every product is divided before it is added, and
+// every sum takes its terms in order into one accumulator that starts at 0.
+#pragma once
+
+#include <cstdint>
+
+#include "numeric/matrix_view.h"
+#include "numeric/quotient.h"
+
+namespace studystats::core {
+
+// A block of a matrix, and the smallest magnitude in it that is not 0, or a smaller one.
+struct Block {
+  Matrix x;
+  std::int32_t rows, columns;
+  MagnitudeKey smallest = 0;
+};
+
+MagnitudeKey smallestMagnitude(const double* values, std::ptrdiff_t n);
+
+// sums(j) = sum over i of x(i, j) * v(i) / divisor.
+void columnSums(const Block& block, const double* v, double divisor, double* sums);
+
+// sums(i) = sum over j of x(i, j) * v(j) / divisor.
+void rowSums(const Block& block, const double* v, double divisor, double* sums);
+
+// x(i, j) -= down(i) * along(j).
+void deflate(Block& block, const double* down, const double* along);
+
+// deflate, and rowSums of what is left, in one pass over the block.
+void deflateAndSum(Block& block, const double* down, const double* along, const double* v, double divisor,
+                   double* sums);
+
+}  // namespace studystats::core

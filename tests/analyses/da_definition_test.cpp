@@ -1,0 +1,231 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <random>
+#include <vector>
+
+#include "analyses/da/classification.h"
+#include "analyses/da/selection.h"
+#include "numeric/validation.h"
+#include "tests/analyses/da_call.h"
+#include "tests/definition/da.h"
+
+namespace studystats {
+namespace {
+
+constexpr std::int32_t kLeast = std::numeric_limits<std::int32_t>::min();
+constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
+
+struct NastyCase {
+  DaCall call;
+  std::int32_t seed;
+  std::int32_t stopAt;  // report that the host answers with a stop; 0: none
+};
+
+// Ties and near ties, repeated and constant columns, columns constant within classes, sums of columns (integers:
+// exactly singular), products that overflow and quotients that underflow, not-a-numbers and infinities, classes without
+// samples and with one, samples outside the model.
+NastyCase nastyCase(std::uint64_t seed) {
+  std::mt19937_64 random(seed);
+  std::normal_distribution<double> normal;
+  const auto pick = [&random](auto... choices) {
+    const std::common_type_t<decltype(choices)...> list[] = {choices...};
+    return list[random() % sizeof...(choices)];
+  };
+  DaCall call(pick(0, 2, 3, 5, 9, 12, 12, 17, 19, 19, 27, 34, 40), pick(0, 1, 1, 2, 3, 3, 4, 5, 8, 11),
+              pick(1, 2, 2, 2, 3, 3, 4, 7));
+  const bool allInModel = random() % 2 == 0, badClass = random() % 25 == 0, rare = random() % 4 == 0;
+  for (std::size_t i = 0; i < call.inModel.size(); ++i) {
+    const auto any = static_cast<std::int32_t>(random() % static_cast<std::uint64_t>(call.g)) + 1;
+    call.classOf[i] = rare && random() % 6 != 0 ? 1 : any;
+    if (badClass && random() % 8 == 0) call.classOf[i] = pick(0, -3, call.g + 1);
+    if (allInModel || random() % 6 != 0) continue;
+    call.inModel[i] = pick(0, 7, -1);
+    call.classOf[i] = pick(0, 0, any, -5, call.g + 3, kLeast, kMost);
+  }
+  const bool holes = random() % 20 == 0, integers = random() % 3 == 0;
+  for (std::ptrdiff_t j = 0; j < call.p; ++j) {
+    const auto kind = random() % 24;
+    const double apart = pick(0.0, 0.5, 1.0, 1.0, 6.0), unit = pick(1e160, 1e-150, 1e-155);
+    for (std::ptrdiff_t i = 0; i < call.n; ++i) {
+      const double cls = call.classOf[static_cast<std::size_t>(i)] % 8;
+      call.cell(i, j) = kind == 0 && j > 0   ? call.cell(i, j / 2) * pick(1.0, 1.0, 2.0)
+                        : kind == 1 && j > 1 ? call.cell(i, j - 1) + call.cell(i, j - 2)
+                        : kind == 2          ? 3
+                        : kind == 3          ? cls
+                        : kind == 4          ? 0.1 * cls
+                        : kind == 5          ? unit * normal(random)
+                        : kind < 9 && j > 0  ? call.cell(i, j - 1) + (kind == 6 ? 0 : 1e-5 * normal(random))
+                        : integers           ? pick(0, 1, 2, 4) + std::floor(apart) * cls
+                                             : apart * cls + normal(random);
+      if (holes && random() % 30 == 0)
+        call.cell(i, j) = pick(std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity());
+    }
+  }
+  call.selectMode = pick(0, 0, 0, 1, 1, 2, 2, 3, -1);
+  call.nSelect = pick(-1, 0, 0, 1, 2, 3, 50, kLeast, kMost);
+  call.method = pick(1, 1, 2);
+  call.groups = pick(-1, 0, 0, 1, 2, 2, 3, 3, 5, 100, kLeast, kMost);
+  call.fraction = pick(0.5F, 1.0F, 2.5F);
+  return {call, static_cast<std::int32_t>(seed % 1000) + 1, pick(0, 0, 0, 1, 2, 4)};
+}
+
+TEST(DisAnl, EqualsThePlainTranscriptionBitForBitOnNastyTables) {
+  int nDone = 0, nSingular = 0, nEmpty = 0, nStopped = 0, nRestarted = 0, nFailedInFold = 0;
+  for (std::uint64_t seed = 0; seed < 1500; ++seed) {
+    NastyCase fast = nastyCase(seed), plain = fast;
+    StoppingHost fastHost(fast.stopAt), plainHost(plain.stopAt);
+    fast.call.monitor = &fastHost.monitor;
+    plain.call.monitor = &plainHost.monitor;
+    Nmrand(-fast.seed);
+    definition::daGenerator.draw(-fast.seed);
+    fast.call.run();
+    plain.call.run(&definition::disAnl);
+    ASSERT_EQ(differences(fast.call, plain.call), "") << "seed " << seed << ", status " << plain.call.status();
+    ASSERT_EQ(fastHost.percentages, plainHost.percentages) << "seed " << seed;
+    ASSERT_EQ(core::cvGroups, definition::daGroups) << "seed " << seed;
+    const DaCall& call = fast.call;
+    nDone += call.status() == 0;
+    nSingular += call.status() == 1 && call.nSteps() != -7;
+    nEmpty += call.status() == 2;
+    nStopped += call.status() == 999;
+    nRestarted += call.status() == 0 && core::cvGroups != call.groups;
+    nFailedInFold += (call.status() == 1 || call.status() == 2) && !fastHost.percentages.empty();
+  }
+  EXPECT_GT(nDone, 300);
+  EXPECT_GT(nSingular, 100);
+  EXPECT_GT(nEmpty, 50);
+  EXPECT_GT(nStopped, 200);
+  EXPECT_GT(nRestarted, 20);
+  EXPECT_GT(nFailedInFold, 30);
+}
+
+// Classes whose means differ a little in every variable.
+DaCall randomCall(std::int32_t n, std::int32_t p, std::int32_t g, std::uint64_t seed) {
+  DaCall call(n, p, g);
+  std::mt19937_64 random(seed);
+  std::normal_distribution<double> normal;
+  for (std::size_t i = 0; i < call.inModel.size(); ++i)
+    call.classOf[i] = static_cast<std::int32_t>(random() % static_cast<std::uint64_t>(g)) + 1;
+  for (std::ptrdiff_t j = 0; j < p; ++j)
+    for (std::ptrdiff_t i = 0; i < n; ++i)
+      call.cell(i, j) = normal(random) + 0.3 * static_cast<double>((call.classOf[static_cast<std::size_t>(i)] + j) % g);
+  return call;
+}
+
+// Several strips of samples, more pairs of classes than a strip holds, and every number of variables about a vector's.
+TEST(DisAnl, EqualsThePlainTranscriptionBitForBitOnLargeTables) {
+  for (const std::int32_t g : {2, 3, 13})
+    for (std::int32_t p = 6; p <= 18; ++p) {
+      DaCall fast = randomCall(110 + 9 * p, p, g, 20240614);
+      fast.selectMode = p % 2 == 0 ? 2 : 1;
+      fast.nSelect = p % 2 == 0 ? 0 : 5;
+      fast.groups = 5;
+      DaCall plain = fast;
+      fast.run();
+      plain.run(&definition::disAnl);
+      ASSERT_EQ(fast.status(), 0);
+      EXPECT_EQ(differences(fast, plain), "") << g << " classes, " << p << " variables";
+    }
+}
+
+// The routines by address, on samples that stand in a larger array, give together what DisAnl gives.
+TEST(DisAnl, GivesWhatItsRoutinesGive) {
+  constexpr std::int32_t n = 90, p = 7, g = 3, ld = 94, yes = 1;
+  DaCall call = randomCall(n, p, g, 20240615), own(ld, p, g);
+  call.run();
+  ASSERT_EQ(call.status(), 0);
+  ASSERT_GT(call.nSteps(), 1);
+
+  own.clearOutputs();
+  for (std::ptrdiff_t i = 0; i < n; ++i) {
+    for (std::ptrdiff_t j = 0; j < p; ++j) own.cell(i, j) = call.cell(i, j);
+    own.classOf[static_cast<std::size_t>(i)] = call.classOf[static_cast<std::size_t>(i)];
+  }
+  core::nClasses = g;
+  const double *x = own.data.data(), kUntouched = DaCall::kUntouched;
+  std::int32_t *tags = own.classOf.data(), *chosen = own.selected.data(), &status = own.counts[2], sizes[g] = {};
+  for (std::size_t i = 0; i < n; ++i) ++sizes[tags[i] - 1];
+  std::vector<double> means(p * g), within(p * p), winv(p * p, kUntouched), work(p * p), withinSS(work), between(work);
+
+  core::DaStep(x, tags, &ld, &p, &n, &p, &p, &own.selectMode, &own.nSelect, chosen, within.data(), means.data(),
+               winv.data(), &own.counts[0], own.selectOrder.data(), own.stepFraction.data(),
+               own.stepClassFraction.data(), work.data(), sizes, &status);
+  ASSERT_EQ(status, 0);
+  core::DaConf(x, tags, &ld, &p, &n, &p, chosen, means.data(), winv.data(), own.confusion.data());
+  core::DaScat(x, &ld, &n, &p, chosen, within.data(), withinSS.data(), between.data(), &status);
+  std::vector<double> work2(p * p);
+  core::DaCanon(x, tags, &ld, &p, &n, &p, &yes, chosen, &own.counts[1], own.canonValues.data(), own.canonVectors.data(),
+                means.data(), winv.data(), withinSS.data(), between.data(), own.distances.data(), work.data(),
+                work2.data(), &status);
+  ASSERT_EQ(status, 0);
+  std::vector<float> distances, row(ld * g);
+  for (std::ptrdiff_t c = 0; c < g; ++c)
+    distances.insert(distances.end(), own.distances.begin() + c * ld, own.distances.begin() + c * ld + n);
+  EXPECT_EQ(Differences()
+                .compare("selected", own.selected, call.selected)
+                .compare("selectOrder", own.selectOrder, call.selectOrder)
+                .compare("stepFraction", own.stepFraction, call.stepFraction)
+                .compare("stepClassFraction", own.stepClassFraction, call.stepClassFraction)
+                .compare("confusion", own.confusion, call.confusion)
+                .compare("canonValues", own.canonValues, call.canonValues)
+                .compare("canonVectors", own.canonVectors, call.canonVectors)
+                .compare("distances", distances, call.distances)
+                .names(),
+            "");
+
+  // The parts of DaStep.
+  std::vector<double> means2(p * g), within2(p * p), winv2(p * p, kUntouched), winv3(winv2);
+  float fraction = 0, classFraction[g] = {}, distSum = 0;
+  core::DaPool(x, tags, &ld, &p, &n, &p, means2.data(), within2.data(), sizes, &status);
+  core::DaEval(x, tags, &ld, &p, &n, &p, chosen, means2.data(), within2.data(), winv2.data(), work.data(), &fraction,
+               classFraction, &distSum, sizes, &status);
+  core::DaInv(&p, &p, chosen, within.data(), winv3.data(), work.data(), &status);
+  EXPECT_TRUE(means2 == means && within2 == within && winv2 == winv && winv3 == winv);
+  EXPECT_EQ(fraction, call.stepFraction[static_cast<std::size_t>(call.nSteps() - 1)]);
+  const std::int32_t picked[] = {7, 2}, two = 2, wide = 3;
+  std::vector<double> block(6, kUntouched);
+  core::SubMat(picked, within.data(), &p, &wide, &two, block.data());
+  EXPECT_EQ(block, (std::vector<double>{within[6 + 6 * p], within[1 + 6 * p], kUntouched, within[6 + 1 * p],
+                                        within[1 + 1 * p], kUntouched}));
+  for (std::int32_t i = 1; i <= n; ++i) {
+    std::int32_t nearest = -1;
+    core::DaNear(x, &ld, &p, &p, chosen, means.data(), winv.data(), &i, &nearest, row.data(), &yes);
+    EXPECT_EQ(nearest, tags[ld + i - 1]) << i;
+    for (auto k = static_cast<std::size_t>(i - 1); k < row.size(); k += ld) EXPECT_EQ(row[k], own.distances[k]) << i;
+  }
+}
+
+// More pairs than a strip holds; the total is rounded to 32 bits after each.
+TEST(DisAnl, AddsUpTheDistancesBetweenAllClassMeansIn32Bits) {
+  constexpr std::int32_t n = 400, p = 5, g = 13;
+  DaCall call = randomCall(n, p, g, 20240616);
+  const std::vector<std::int32_t> all(p, 1);
+  std::vector<std::int32_t> sizes(g);
+  for (std::size_t i = 0; i < n; ++i) ++sizes[static_cast<std::size_t>(call.classOf[i] - 1)];
+  std::vector<double> means(p * g), within(p * p), winv(p * p), work(p * p);
+  std::vector<float> classFraction(g);
+  float fraction = 0, distSum = 0, total = 0;
+  std::int32_t status = -1;
+  core::nClasses = g;
+  core::DaPool(call.data.data(), call.classOf.data(), &n, &p, &n, &p, means.data(), within.data(), sizes.data(),
+               &status);
+  core::DaEval(call.data.data(), call.classOf.data(), &n, &p, &n, &p, all.data(), means.data(), within.data(),
+               winv.data(), work.data(), &fraction, classFraction.data(), &distSum, sizes.data(), &status);
+  ASSERT_EQ(status, 0);
+  for (std::size_t c = 0; c < g; ++c)
+    for (std::size_t other = c + 1; other < g; ++other) {
+      double squared = 0;
+      for (std::size_t j = 0; j < p; ++j) {
+        double sum = 0;
+        for (std::size_t k = 0; k < p; ++k) sum += winv[j + k * p] * (means[k + c * p] - means[k + other * p]);
+        squared += (means[j + c * p] - means[j + other * p]) * sum;
+      }
+      total = static_cast<float>(total + std::sqrt(squared));
+    }
+  EXPECT_EQ(distSum, total);
+}
+
+}  // namespace
+}  // namespace studystats
