@@ -99,6 +99,66 @@ class STUDYSTATS_API CompleteDataArray : public StatsDataArray {
   std::int32_t rowCount_;
 };
 
+// A table of numbers with missing cells: each column holds the values that are present in it, in their order and
+// without a marker for those that are not. Rows are not aligned across columns; there is no number of rows.
+class STUDYSTATS_API IncompleteDataArray : public StatsDataArray {
+ public:
+  // Empty columns; all names, headings and formulas empty. A negative number is refused.
+  explicit IncompleteDataArray(std::int32_t nColumns);
+  IncompleteDataArray(const IncompleteDataArray& other);
+  IncompleteDataArray(IncompleteDataArray&& other) noexcept;
+  IncompleteDataArray& operator=(const IncompleteDataArray& other);
+  IncompleteDataArray& operator=(IncompleteDataArray&& other) noexcept;
+  ~IncompleteDataArray() override;
+
+  std::int32_t ColumnCount() const override;
+  void GetColumnData(std::int32_t column, std::vector<double>* out) const override;
+  // The column becomes a copy of the list, whatever its length.
+  void SetColumnData(std::int32_t column, std::vector<double>* values) override;
+  // The values of all columns, or of those listed, one column after the other. Where a column begins is known from the
+  // lengths of those before it.
+  void GetDataColumnMajor(std::vector<double>* out) const override;
+  void GetDataColumnMajor(const std::vector<std::int32_t>& columns, std::vector<double>* out) const override;
+
+ private:
+  std::vector<std::vector<double>> columns_;
+};
+
+// A dense table of text.
+class STUDYSTATS_API CompleteStringArray : public StatsDataArray {
+ public:
+  // All cells, names, headings and formulas empty. Negative sizes are refused.
+  CompleteStringArray(std::int32_t nRows, std::int32_t nColumns);
+  CompleteStringArray(const CompleteStringArray& other);
+  CompleteStringArray(CompleteStringArray&& other) noexcept;
+  CompleteStringArray& operator=(const CompleteStringArray& other);
+  CompleteStringArray& operator=(CompleteStringArray&& other) noexcept;
+  ~CompleteStringArray() override;
+
+  std::int32_t RowCount() const;  // 0 without columns
+  std::int32_t ColumnCount() const override;
+
+  // Text for the first cells of the column; those below keep theirs. A list longer than the column is refused.
+  void SetColumnData(std::int32_t column, std::vector<std::string>* values);
+  // RowCount() x ColumnCount() texts, column after column.
+  void GetDataColumnMajor(std::vector<std::string>* out) const;
+
+  // The operations on numbers do nothing at all, whatever they are given.
+  void GetColumnData(std::int32_t column, std::vector<double>* out) const override;
+  void SetColumnData(std::int32_t column, std::vector<double>* values) override;
+  void GetDataColumnMajor(std::vector<double>* out) const override;
+  void GetDataColumnMajor(const std::vector<std::int32_t>& columns, std::vector<double>* out) const override;
+
+  // The names of the grid's rows, in row order; as a set, each once and in byte-wise order.
+  void SetRowsUsed(std::vector<std::string>* rows);
+  void GetRowsUsed(std::vector<std::string>* out) const;
+  void GetRowsUsed(kel::set<std::string, std::less<std::string>, kel::pool_allocator<std::string, 1>>* out) const;
+
+ private:
+  std::vector<std::vector<std::string>> columns_;
+  std::vector<std::string> rowsUsed_;
+};
+
 // What is asked of the host's grid. The library stores and returns it.
 class STUDYSTATS_API StatsDataInput {
  public:

@@ -1,8 +1,8 @@
-// Statistics of single columns, class numbers, value transforms with their headings, the text of equation terms, and
-// unique names.
+// Statistics of single columns, class numbers, distances and the building blocks of clustering, value transforms with
+// their headings, the text of equation terms, and unique names.
 //
 // Sums run in index order into one accumulator, so that the same input gives the same bits everywhere. A caller's error
-// (a count outside the list, lists of unequal length, a column outside the data) raises Dvo::DvoResult with
+// (a count outside the list, lists of unequal length, a row or column outside the data) raises Dvo::DvoResult with
 // E_INVALIDARG and "Invalid argument to <operation>" before any output is written. Exhausted memory raises
 // std::bad_alloc.
 #pragma once
@@ -79,6 +79,143 @@ STUDYSTATS_API void StandardizeData(std::vector<double>& data, std::int32_t nRow
                                     double& offset);
 
 }  // namespace StatsCalcUtils
+
+// A matrix as a list of columns: element (row r, column c) is m[c][r], both counted from 0. It has as many rows as its
+// first column, none without columns; every column that is read must have them.
+using DataMatrix = std::vector<std::vector<double>>;
+using IndexMatrix = std::vector<std::vector<std::int32_t>>;  // of row numbers
+
+namespace StatsMatrixUtils {
+
+// Rows, and columns, of a matrix.
+STUDYSTATS_API std::int32_t RowCount(const DataMatrix& m);
+STUDYSTATS_API std::int32_t RowCount(const IndexMatrix& m);
+STUDYSTATS_API std::int32_t ColumnCount(const DataMatrix& m);
+STUDYSTATS_API std::int32_t ColumnCount(const IndexMatrix& m);
+
+// The sum of all squared elements, column after column; 0 without columns.
+STUDYSTATS_API double GetModulusSquared(const DataMatrix& m);
+
+// Gives m exactly that many columns and rows. What lies inside both the old and the new shape stays, what is added is
+// `fill`. A null matrix and negative sizes are refused.
+STUDYSTATS_API void ResizeDataMatrix(DataMatrix* m, std::int32_t columns, std::int32_t rows, double fill);
+STUDYSTATS_API void ResizeIndexMatrix(IndexMatrix* m, std::int32_t columns, std::int32_t rows, std::int32_t fill);
+
+}  // namespace StatsMatrixUtils
+
+namespace StatsDistanceUtils {
+
+// Between two points x and y:
+//   Euclidean   sqrt(sum (x - y)^2), in the data's unit
+//   Tanimoto    1 - sum xy / D with D = sum x^2 + sum y^2 - sum xy: 0 for equal points, 1 for points that have nothing
+//               in common; 0 when D is 0 (two points of zeros) or not a number. Meant for values that are not negative:
+//               of x and -x it is 4/3. Rounding may leave a distance of two nearly equal points a little below 0.
+// Any value other than TANIMOTO is Euclidean.
+enum STATS_DIST_TYPE : std::int32_t { STATS_DIST_EUCLIDEAN = 0, STATS_DIST_TANIMOTO = 1 };
+
+// Between rows i and j of a matrix over all its columns; between row i and v, which may be longer than the matrix has
+// columns; between a and b over the length of a, b may be longer. The sums run over the columns in order.
+STUDYSTATS_API double CalculateDistance(const DataMatrix& m, std::int32_t i, std::int32_t j, STATS_DIST_TYPE type);
+STUDYSTATS_API double CalculateDistance(const DataMatrix& m, std::int32_t i, const std::vector<double>& v,
+                                        STATS_DIST_TYPE type);
+STUDYSTATS_API double CalculateDistance(const std::vector<double>& a, const std::vector<double>& b,
+                                        STATS_DIST_TYPE type);
+
+// The sum of squared differences of row i and v over the length of v, which the matrix may exceed in columns.
+STUDYSTATS_API double EuclideanDistanceSquared(const DataMatrix& m, std::int32_t i, const std::vector<double>& v);
+
+// The distances of the n rows of `data`, which must have a column, from each other.
+//   dist   out: n x n, whatever it was before; exactly symmetric, with a diagonal of zeros
+STUDYSTATS_API void GenerateDistanceMatrix(const DataMatrix& data, DataMatrix& dist, STATS_DIST_TYPE type);
+
+// The distances of every row from the rows that `index` names for it: dist[k][r] is that of row r from row index[k][r].
+//   index   K columns of at least n row numbers, for example the neighbours by rank
+//   dist    out: n x K (K columns), whatever it was before
+STUDYSTATS_API void GenerateDistanceMatrix(const DataMatrix& data, const IndexMatrix& index, DataMatrix& dist,
+                                           STATS_DIST_TYPE type);
+
+}  // namespace StatsDistanceUtils
+
+// Clustering of points, the rows of a matrix. Points and clusters are counted from 0, but for the numbers of an
+// agglomeration history. A distance that is not a number counts as larger than every number.
+//
+// An agglomeration history of n points says how single points were joined to groups, step by step:
+//   leafOrder      the points 1 ... n, each once, in an order in which every group is a contiguous run
+//   mergeDist      for each merge its distance, ascending
+//   mergeA, mergeB for each merge a point of either group, counted from 1. A number below 1 makes a merge void: an end
+//                  mark of zeros may follow the n - 1 merges of a history
+//   mergeCentre    for each merge the point, counted from 1, that represents the group formed
+// It ends with the shortest of the lists that are read. A leafOrder that is no permutation, and a point above n in a
+// merge that takes part, are refused.
+namespace StatsClusterUtils {
+
+// The nearest neighbours of each of the first nPoints points among them. k = nNeighbors, at most nPoints - 1; r is the
+// distance at position k (from 0) among a point's distances from all points, itself included: of its k-th nearest
+// other.
+//   fixedSize   true: the points nearer than r, and of those at r the lowest-numbered, k altogether; false: all within
+//               r * 1.00000000001, so that a tie at the end of a list is never broken and a list may be longer than k
+//   lists       out: for each point its neighbours, in ascending order
+// A point at a distance that is not a number is no neighbour: lists may be shorter than k. Besides the lists, the
+// memory of a few distances a point is used for some points at a time. Negative nPoints and nNeighbors are refused.
+STUDYSTATS_API void CreateNeighborLists(const DataMatrix& points, std::int32_t nPoints,
+                                        StatsDistanceUtils::STATS_DIST_TYPE type, std::int32_t nNeighbors,
+                                        bool fixedSize, IndexMatrix& lists);
+
+// The cluster whose position is nearest to the point: of equals the lowest number. -1 when nClusters is below 1.
+//   positions   one row a cluster, at least nClusters
+//   point       a value for each column of positions; it may be longer
+STUDYSTATS_API std::int32_t NearestCluster(const DataMatrix& positions, std::int32_t nClusters,
+                                           const std::vector<double>& point, StatsDistanceUtils::STATS_DIST_TYPE type);
+
+// The mean of each cluster's points; zeros for a cluster without points.
+//   positions    out: its first nDims columns and nClusters rows, which must be there
+//   assignment   for each of the first nPoints points its cluster, 0 ... nClusters - 1
+STUDYSTATS_API void CalculateClusterPositions(const DataMatrix& points, DataMatrix& positions,
+                                              const std::vector<std::int32_t>& assignment, std::int32_t nPoints,
+                                              std::int32_t nDims, std::int32_t nClusters);
+
+// For each cluster its point nearest to its position, of equals the first (of distances that rounding left below 0,
+// which Tanimoto distances can be, the next point always replaces the one before).
+//   positions    nClusters rows of at most nDims columns
+//   assignment   as above
+//   centres      out: its first nClusters entries, which must be there; unchanged for a cluster without points
+STUDYSTATS_API void CalculateClusterCenters(const DataMatrix& points, const DataMatrix& positions,
+                                            const std::vector<std::int32_t>& assignment,
+                                            std::vector<std::int32_t>& centres, std::int32_t nPoints,
+                                            std::int32_t nDims, std::int32_t nClusters,
+                                            StatsDistanceUtils::STATS_DIST_TYPE type);
+
+// Joins the groups of a history up to the first merge above the threshold. Every point begins with its own number, from
+// 1, as label; in a merge the run of mergeB's group takes the label of mergeA's point.
+//   clusterOf   out: the labels, in its first n entries, which must be there
+STUDYSTATS_API void MergeClusters(const std::vector<std::int32_t>& leafOrder, const std::vector<double>& mergeDist,
+                                  const std::vector<std::int32_t>& mergeA, const std::vector<std::int32_t>& mergeB,
+                                  double threshold, std::vector<std::int32_t>& clusterOf);
+
+// Cuts a history at a threshold: the number of clusters, the runs of equal labels along leafOrder.
+//   clusterOf   out: for each point its cluster, from 1; the last run along leafOrder is cluster 1
+STUDYSTATS_API std::int32_t CalculateClusters(const std::vector<std::int32_t>& leafOrder,
+                                              const std::vector<double>& mergeDist,
+                                              const std::vector<std::int32_t>& mergeA,
+                                              const std::vector<std::int32_t>& mergeB, double threshold,
+                                              std::vector<std::int32_t>& clusterOf);
+
+// The representative point of each cluster of a cut: that of the merge which formed the cluster, or the only point.
+// Returns the number of clusters.
+//   mergeDist   not read
+//   clusterOf   in: for each point its cluster; equal neighbours along leafOrder are one cluster
+//   centres     out: the points, for the clusters in their order along leafOrder (cluster K, K - 1, ... 1 of the cut);
+//               the first point of a cluster that no merge forms. Unchanged when there are no points
+// In every merge that takes part, the group of mergeB must lie behind that of mergeA in leafOrder, or the history is
+// refused; so is a merge that forms a cluster with a mergeCentre below 1.
+STUDYSTATS_API std::int32_t CalculateCentres(const std::vector<std::int32_t>& leafOrder,
+                                             const std::vector<double>& mergeDist,
+                                             const std::vector<std::int32_t>& mergeA,
+                                             const std::vector<std::int32_t>& mergeB,
+                                             const std::vector<std::int32_t>& mergeCentre,
+                                             std::vector<std::int32_t>& clusterOf, std::vector<std::int32_t>& centres);
+
+}  // namespace StatsClusterUtils
 
 namespace StatsUtils {
 
