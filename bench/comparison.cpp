@@ -19,7 +19,8 @@ namespace studystats::bench {
 namespace {
 
 constexpr double kSecondsPerCase = 4.0;
-constexpr int kFewestRounds = 5;
+constexpr int kFewestRounds = 5;  // but for a case that is slower still
+constexpr double kMostSecondsPerCase = 30.0;
 constexpr double kShortestBatch = 1e-3;  // runs that are shorter are timed several together
 
 struct Case {
@@ -84,7 +85,8 @@ bool compare(std::ostream& out, const Case& named) {
   const Comparison comparison = named.make();
   Best ours(comparison.ours), definition(comparison.definition), other(comparison.other);
   const double start = secondsSoFar();
-  for (int k = 0; k < kFewestRounds || secondsSoFar() - start < kSecondsPerCase; ++k) {
+  const auto elapsed = [start] { return secondsSoFar() - start; };
+  for (int k = 0; elapsed() < (k < kFewestRounds ? kMostSecondsPerCase : kSecondsPerCase); ++k) {
     ours.round();
     definition.round();
     other.round();
