@@ -11,22 +11,9 @@
 namespace studystats {
 namespace {
 
-constexpr std::int32_t kMostSeed = 161803398;
-
 std::mutex& validating() {
   static std::mutex mutex;
   return mutex;
-}
-
-// Entry i of the validation order is in group i mod G.
-std::vector<FoldRows> dealtRows(std::size_t folds, std::span<const std::int32_t> order) {
-  const std::size_t n = order.size();
-  std::vector<std::size_t> foldOf(n);
-  for (std::size_t i = 0; i < n; ++i) foldOf[static_cast<std::size_t>(order[i] - 1)] = i % folds;
-  std::vector<FoldRows> rows(folds);
-  for (std::size_t f = 0; f < folds; ++f)
-    for (std::size_t row = 0; row < n; ++row) (foldOf[row] == f ? rows[f].heldOut : rows[f].training).push_back(row);
-  return rows;
 }
 
 // Rows are drawn into the training set until leaveOut are left; a row drawn already, or an index outside the rows, is
@@ -61,15 +48,33 @@ void checkFolds(const Folds& folds) {
     throw BadOptions(fmt::format("--seed {} is outside 0 ... {}.", folds.seed, kMostSeed), {.option = "--seed"});
 }
 
-Folds foldsThatCanRun(Folds folds, std::size_t n, std::vector<Remark>& remarks) {
+RunFolds foldsThatCanRun(const Folds& folds, const std::vector<std::string>& labels,
+                         const std::vector<std::string>& rowNames, std::vector<Remark>& remarks) {
+  const std::size_t n = rowNames.size();
   if (folds.kind == Folds::Kind::Systematic && static_cast<std::size_t>(folds.groups) >= n) {
     remarks.push_back({Severity::Note,
                        "folds-are-loo",
                        fmt::format("--folds {} with {} is leave-one-out.", folds.groups, counted(n, "row", "rows")),
                        {}});
-    folds = Folds::leaveOneOut();
+    return RunFolds(Folds::leaveOneOut());
   }
-  return folds;
+  RunFolds run(folds);
+  if (folds.kind != Folds::Kind::Column) return run;
+  std::vector<std::string> names;
+  for (std::size_t row = 0; row < n; ++row) {
+    if (labels[row].empty())
+      throw BadOptions(fmt::format("--folds column:{} says no fold for {}. Fill the cell, or exclude the row.",
+                                   folds.column, rowNames[row]),
+                       {.option = "--folds"});
+    const auto at = std::find(names.begin(), names.end(), labels[row]);
+    run.foldOf.push_back(static_cast<std::size_t>(at - names.begin()));
+    if (at == names.end()) names.push_back(labels[row]);
+  }
+  if (names.size() < 2)
+    throw BadOptions(
+        fmt::format("--folds column:{} puts every row into one fold, which leaves nothing to train on.", folds.column),
+        {.option = "--folds"});
+  return run;
 }
 
 // N draws that hold out P percent are k = round(100 / P) groups and a fraction of (N + 0.5) / k: cutting N + 0.5 to an
@@ -80,6 +85,8 @@ FoldSettings settingsOf(const Folds& folds) {
       return {.method = 1, .groups = 0};
     case Folds::Kind::Systematic:
       return {.method = 1, .groups = folds.groups};
+    case Folds::Kind::Column:
+      return {.method = 1, .groups = 1};
     case Folds::Kind::Random:
       break;
   }
@@ -99,8 +106,20 @@ std::size_t randomLeaveOut(const Folds& folds, std::size_t rows) {
   return groups > 0 && groups < rows ? (rows + groups - 1) / groups : 1;
 }
 
-FoldPlan planOf(std::int32_t foldsPlanned, const Folds& folds, std::size_t n) {
+FoldPlan planOf(std::int32_t foldsPlanned, const RunFolds& folds, std::size_t n) {
   FoldPlan plan{.kind = folds.kind, .folds = static_cast<std::size_t>(foldsPlanned), .seed = folds.seed};
+  if (folds.kind == Folds::Kind::Column) {
+    std::vector<std::size_t> sizes;
+    for (const std::size_t fold : folds.foldOf) {
+      sizes.resize(std::max(sizes.size(), fold + 1), 0);
+      ++sizes[fold];
+    }
+    plan.folds = sizes.size();
+    plan.smallest = *std::min_element(sizes.begin(), sizes.end());
+    plan.largest = *std::max_element(sizes.begin(), sizes.end());
+    plan.column = folds.column;
+    return plan;
+  }
   if (plan.folds == 0) return plan;
   if (folds.kind == Folds::Kind::Random) {
     plan.smallest = plan.largest = randomLeaveOut(folds, n);
@@ -113,13 +132,18 @@ FoldPlan planOf(std::int32_t foldsPlanned, const Folds& folds, std::size_t n) {
 
 std::string describedFolds(const FoldPlan& plan) {
   if (plan.kind == Folds::Kind::LeaveOneOut) return fmt::format("leave-one-out, {} folds", plan.folds);
+  if (plan.kind == Folds::Kind::Column) return fmt::format("{} folds by {}", plan.folds, plan.column);
   if (plan.kind == Folds::Kind::Random)
     return fmt::format("{} random draws of {}", plan.folds, counted(plan.largest, "row", "rows"));
   return plan.smallest == plan.largest ? fmt::format("{} folds of {} rows", plan.folds, plan.smallest)
                                        : fmt::format("{} folds", plan.folds);
 }
 
-std::string explainedFolds(const Folds& folds, std::size_t n, const std::string& order) {
+std::string explainedFolds(const RunFolds& folds, std::size_t n, const std::string& order) {
+  if (folds.kind == Folds::Kind::Column) {
+    const FoldPlan plan = planOf(0, folds, n);
+    return fmt::format("{} of {} to {} rows", describedFolds(plan), plan.smallest, plan.largest);
+  }
   if (folds.kind == Folds::Kind::LeaveOneOut) return fmt::format("leave-one-out: {} folds", n);
   if (folds.kind == Folds::Kind::Random)
     return fmt::format("{} random draws that hold out {} of {} rows, seed {}", folds.draws.draws,
@@ -130,12 +154,25 @@ std::string explainedFolds(const Folds& folds, std::size_t n, const std::string&
   return fmt::format("{} folds of {} rows, dealt in the order of {}", groups, size, order);
 }
 
-std::vector<FoldRows> foldRows(const Folds& folds, const FoldPlan& plan, std::span<const std::int32_t> order) {
-  if (plan.folds == 0) return {};
-  if (folds.kind != Folds::Kind::Random) return dealtRows(plan.folds, order);
+RowsOfFolds::RowsOfFolds(const RunFolds& folds, const FoldPlan& plan, std::span<const std::int32_t> order,
+                         std::size_t drawsBefore)
+    : folds_(plan.folds), foldOf_(folds.foldOf) {
+  if (folds.kind == Folds::Kind::Column || folds_ == 0) return;
+  if (folds.kind != Folds::Kind::Random) {
+    foldOf_.resize(order.size());  // entry i of the validation order is in group i mod G
+    for (std::size_t i = 0; i < order.size(); ++i) foldOf_[static_cast<std::size_t>(order[i] - 1)] = i % folds_;
+    return;
+  }
   const ValidatingAlone alone(folds.seed);
-  std::vector<FoldRows> rows;
-  for (std::size_t f = 0; f < plan.folds; ++f) rows.push_back(drawnRows(order.size(), plan.largest));
+  for (std::size_t f = 0; f < drawsBefore; ++f) drawnRows(order.size(), randomLeaveOut(folds, order.size()));
+  for (std::size_t f = 0; f < folds_; ++f) drawn_.push_back(drawnRows(order.size(), plan.largest));
+}
+
+FoldRows RowsOfFolds::operator[](std::size_t fold) const {
+  if (!drawn_.empty()) return drawn_[fold];
+  FoldRows rows;
+  for (std::size_t row = 0; row < foldOf_.size(); ++row)
+    (foldOf_[row] == fold ? rows.heldOut : rows.training).push_back(row);
   return rows;
 }
 

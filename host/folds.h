@@ -8,16 +8,28 @@
 #include <mutex>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace studystats {
 
+constexpr std::int32_t kMostSeed = 161803398;  // above it the first numbers may leave 0 ... 1
+
 void checkFolds(const Folds& folds);  // throws BadOptions
 
-// The folds for n rows; as many groups as rows, or more, are leave-one-out, and said so.
-Folds foldsThatCanRun(Folds folds, std::size_t n, std::vector<Remark>& remarks);
+// Folds as they can be run.
+struct RunFolds : Folds {
+  RunFolds() = default;
+  explicit RunFolds(Folds folds) : Folds(std::move(folds)) {}
+  std::vector<std::size_t> foldOf{};  // of each row, from 0, when a column says it
+};
 
-// How an entry point takes folds.
+// The folds for the model's rows. As many groups as rows, or more, are leave-one-out, and said so. labels: what the
+// column of folds says of each row; folds are numbered as they appear.
+RunFolds foldsThatCanRun(const Folds& folds, const std::vector<std::string>& labels,
+                         const std::vector<std::string>& rowNames, std::vector<Remark>& remarks);
+
+// How an entry point takes folds; those of a column it cannot take, and is given one group, which trains on nothing.
 struct FoldSettings {
   std::int32_t method = 1, groups = 0;
   float fraction = 0;
@@ -35,10 +47,10 @@ class ValidatingAlone {
 };
 
 std::size_t randomLeaveOut(const Folds& folds, std::size_t rows);  // rows that a random draw holds out
-FoldPlan planOf(std::int32_t foldsPlanned, const Folds& folds, std::size_t n);
+FoldPlan planOf(std::int32_t foldsPlanned, const RunFolds& folds, std::size_t n);
 
 std::string describedFolds(const FoldPlan& plan);  // "7 folds", "leave-one-out, 208 folds"
-std::string explainedFolds(const Folds& folds, std::size_t n, const std::string& order);  // for --explain
+std::string explainedFolds(const RunFolds& folds, std::size_t n, const std::string& order);  // for --explain
 
 // What each fold held out and trained on, as the library built it.
 struct FoldRows {
@@ -46,8 +58,21 @@ struct FoldRows {
   std::vector<std::size_t> heldOut;   // increasing
 };
 
-// order: the rows in validation order, counted from 1, as the entry point returned them; all of them are usable. Draws
-// random folds again from the seed, so no ValidatingAlone may be alive in the caller.
-std::vector<FoldRows> foldRows(const Folds& folds, const FoldPlan& plan, std::span<const std::int32_t> order);
+class RowsOfFolds {
+ public:
+  // order: the rows in validation order, counted from 1, as the entry point returned them; all of them are usable.
+  // Draws random folds again from the seed, so no ValidatingAlone may be alive in the caller. drawsBefore: random folds
+  // that were drawn before a validation started over with one row a fold.
+  RowsOfFolds(const RunFolds& folds, const FoldPlan& plan, std::span<const std::int32_t> order,
+              std::size_t drawsBefore = 0);
+
+  std::size_t size() const { return folds_; }
+  FoldRows operator[](std::size_t fold) const;  // from 0
+
+ private:
+  std::size_t folds_;
+  std::vector<std::size_t> foldOf_;  // of each row, when each is held out once
+  std::vector<FoldRows> drawn_;      // else
+};
 
 }  // namespace studystats

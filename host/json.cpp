@@ -1,6 +1,7 @@
 // The parts that every result's JSON has: numbers, grids, remarks and the data card.
 #include "host/json.h"
 
+#include "host/folds.h"
 #include "host/preparation/preparation.h"
 
 namespace studystats {
@@ -80,6 +81,16 @@ Json jsonUsed(const UsedData& used) {
   json["scale"] = jsonNumbers(used.scale);
   return json;
 }
+
+Json jsonPlan(const FoldPlan& plan) {
+  return {{"folds", plan.folds},
+          {"scheme", describedFolds(plan)},
+          {"held_out_least", plan.smallest},
+          {"held_out_most", plan.largest},
+          {"seed", plan.seed}};
+}
+
+const char* nameOf(Role role) { return role == Role::Model ? "model" : "predicted"; }
 
 std::string jsonText(const Json& json) { return json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n'; }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <studystats/host/data.h>
+#include <studystats/host/validation.h>
 
 #include <nlohmann/json.hpp>
 
@@ -20,6 +21,8 @@ Json jsonGrid(const Grid& grid);  // a list of rows
 Json jsonRemarks(const std::vector<Remark>& remarks);
 Json jsonSame(const std::vector<SameInformation>& same);
 Json jsonUsed(const UsedData& used);
+Json jsonPlan(const FoldPlan& plan);
+const char* nameOf(Role role);           // "model", "predicted"
 std::string jsonText(const Json& json);  // indented, invalid UTF-8 replaced, a line end at the end
 
 }  // namespace studystats

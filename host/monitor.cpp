@@ -25,12 +25,13 @@ std::uint32_t HostMonitor::Release() { return --references_; }
 
 HRESULT HostMonitor::ReportProgress(std::int32_t, std::int32_t, VARIANT, VARIANT_BOOL* answer) {
   ++reports_;
+  if (current() <= last_) startedOverAt_ = last_;
+  last_ = current();
   *answer = VARIANT_FALSE;
   try {
     // An analysis reports at the start of fold r of total: r - 1 folds are done.
-    const std::int64_t total = progress_.minorIterationCount;
-    watch_.report(stage_, text_ + std::to_string(reports_) + " of " + std::to_string(total), from_, to_, reports_ - 1,
-                  total);
+    watch_.report(stage_, text_ + std::to_string(current()) + " of " + std::to_string(total()), from_, to_,
+                  current() - 1, total());
     *answer = VARIANT_TRUE;
   } catch (...) {
     thrown_ = std::current_exception();

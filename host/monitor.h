@@ -25,7 +25,10 @@ class HostMonitor final : public ISBProgressMonitor {
 
   ProgressMonitor* monitor() { return &progress_; }  // what an entry point takes
   std::int64_t reports() const { return reports_; }
-  void rethrow() const;  // Stopped, or what the callback threw
+  std::int32_t current() const { return progress_.minorIteration; }     // the step reported last, from 1
+  std::int32_t total() const { return progress_.minorIterationCount; }  // of how many
+  std::int32_t startedOverAt() const { return startedOverAt_; }         // the step after which they began again, else 0
+  void rethrow() const;                                                 // Stopped, or what the callback threw
 
   HRESULT QueryInterface(const GUID& interfaceId, void** object) override;
   std::uint32_t AddRef() override;
@@ -41,6 +44,7 @@ class HostMonitor final : public ISBProgressMonitor {
   std::string stage_, text_;
   double from_, to_;
   std::int64_t reports_ = 0;
+  std::int32_t last_ = 0, startedOverAt_ = 0;
   std::uint32_t references_ = 1;  // its owner's; the object lives on the stack and outlives the analysis
   std::exception_ptr thrown_;
   ProgressMonitor progress_;  // last: it lets go of its reference first

@@ -49,6 +49,14 @@ double LeverageModel::at(const std::vector<double>& standardised) const {
   return leverage;
 }
 
+Grid LeverageModel::axes() const {
+  const std::size_t k = chosen_.size();
+  Grid axes{k, k, vectors_};
+  for (std::size_t c = 0; c < k; ++c)
+    for (std::size_t a = 0; a < k; ++a) axes.values[a + c * k] /= std::sqrt((rows_ - 1) * eigenvalues_[c]);
+  return axes;
+}
+
 double LeverageModel::of(const Grid& grid, std::size_t row) const {
   std::vector<double> standardised;
   for (std::size_t a = 0; a < chosen_.size(); ++a) standardised.push_back((grid(row, chosen_[a]) - mean_[a]) / sd_[a]);

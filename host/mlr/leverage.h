@@ -20,7 +20,10 @@ class LeverageModel {
   double of(const Grid& grid, std::size_t row) const;  // a row prepared as the model's
   double atTableZero(const UsedData& used) const;      // where every descriptor is 0 in the table's units
   std::optional<double> condition() const { return condition_; }
-  const std::vector<double>& vif() const { return vif_; }  // by position among the chosen
+  const std::vector<double>& vif() const { return vif_; }     // by position among the chosen
+  const std::vector<double>& means() const { return mean_; }  // of the chosen prepared columns
+  const std::vector<double>& sds() const { return sd_; }
+  Grid axes() const;  // leverage = 1 / n + the squared length of (standardised row * axes)
   double preparedSd(std::size_t position) const { return sd_[position]; }
 
  private:

@@ -9,6 +9,7 @@
 #include "host/folds.h"
 #include "host/mlr/leverage.h"
 #include "host/mlr/regression_call.h"
+#include "host/model/model_build.h"
 #include "host/text.h"
 
 #include <fmt/format.h>
@@ -167,6 +168,34 @@ void placeRows(Regression& result, const Prepared& prepared, const RegressionCal
   }
 }
 
+// Predictions that do not add up to the analysis's own sum of squares would be those of other folds: none are shown
+// then.
+void addHeldOut(Regression& result, const std::vector<std::vector<HeldOutPrediction>>& predictions) {
+  double squares = 0, count = 0;
+  for (std::size_t i = 0; i < predictions.size(); ++i)
+    for (const HeldOutPrediction& prediction : predictions[i]) {
+      squares += std::pow(prediction.value - *result.rows[i].observed, 2);
+      ++count;
+    }
+  const double press = count > 0 ? squares * static_cast<double>(predictions.size()) / count : 0;
+  if (!(std::abs(press - result.validation->press) <= 1e-6 * result.validation->press)) {
+    result.remarks.push_back({Severity::Note,
+                              "held-out-rows-unknown",
+                              "the predictions of the rows held out could not be found again; the sums stand.",
+                              {}});
+    return;
+  }
+  for (std::size_t i = 0; i < predictions.size(); ++i) {
+    RegressionRow& row = result.rows[i];
+    row.timesHeldOut = predictions[i].size();
+    if (predictions[i].empty()) continue;
+    if (predictions[i].size() == 1) row.fold = predictions[i].front().fold;
+    double sum = 0;
+    for (const HeldOutPrediction& prediction : predictions[i]) sum += prediction.value;
+    row.heldOut = sum / static_cast<double>(predictions[i].size());
+  }
+}
+
 void judgeValidation(Regression& result, const RegressionCall& call, const PreparedRegression& prepared) {
   const std::optional<SingularFold> singular = singularFold(call, prepared);
   if (!singular) {
@@ -188,6 +217,33 @@ void judgeValidation(Regression& result, const RegressionCall& call, const Prepa
                    "{}), or other folds (--folds {}).",
                    fold, brief(result.corrLimit, 6), call.foldsPlanned > 5 ? 5 : 10),
        {}});
+}
+
+Model modelOf(const Regression& result, const RegressionCall& call, const LeverageModel& leverage) {
+  ModelData data = modelOf(Model::Kind::Regression, result.used, call.chosen, result.level);
+  data.responses = {result.response};
+  RegressionModel model;
+  model.stepwise = result.selection == Selection::Stepwise;
+  model.intercept = call.intercept;
+  for (std::size_t a = 0; a < call.chosen.size(); ++a) model.coefficients.push_back(call.coef[a]);
+  model.equation = result.equation.exact();
+  model.r2 = result.fit.r2;
+  model.s = result.fit.s;
+  model.rmse = result.fit.rmse;
+  model.dfResidual = result.fit.dfResidual;
+  if (result.validation) {
+    model.q2 = result.validation->q2;
+    model.crossValidatedRmse = result.validation->rmse;
+    data.validation.scheme = describedFolds(result.plan) + (model.stepwise ? ", selection in each" : "");
+  } else {
+    data.validation.reason = result.validation.error();
+  }
+  model.means = leverage.means();
+  model.sds = leverage.sds();
+  model.axes = leverage.axes();
+  model.leverageLimit = result.leverageLimit;
+  data.regression = std::move(model);
+  return sealed(std::move(data));
 }
 
 }  // namespace
@@ -213,8 +269,9 @@ Regression regress(const TableView& table, const RegressionOptions& options) try
   result.level = options.level;
 
   // 1. The selection on all rows, and in every fold.
-  const RegressionCall call = callRegression(prepared, options, watch, 2, 85);
+  RegressionCall call = callRegression(prepared, options, watch, 2, options.heldOutRows ? 60 : 85);
   if (call.status != 0) refuseStatus(call, result.used);
+  if (prepared.folds.kind == Folds::Kind::Column) validateByColumn(call, prepared, options, watch, 10, 60);
   result.fit = fitOf(call, n);
   result.plan = planOf(call.foldsPlanned, prepared.folds, n);
   result.steps = stepsOf(call, result.used);
@@ -224,7 +281,9 @@ Regression regress(const TableView& table, const RegressionOptions& options) try
   // 2. The figure that other tools print: the chosen descriptors alone, all of them in every fold.
   if (result.validation && !call.chosen.empty() && options.selection == Selection::Stepwise) {
     RegressionValidation validation = *result.validation;
-    validation.fixedSetQ2 = fixedSetQ2(prepared, call.chosen, watch, 85, 98);
+    validation.fixedSetQ2 = call.fixedSetQ2 ? call.fixedSetQ2
+                                            : fixedSetQ2(prepared, call.chosen, watch, options.heldOutRows ? 60 : 85,
+                                                         options.heldOutRows ? 70 : 98);
     result.validation = validation;
   }
 
@@ -241,6 +300,11 @@ Regression regress(const TableView& table, const RegressionOptions& options) try
   result.leverageLimit = 3.0 * static_cast<double>(call.chosen.size() + 1) / static_cast<double>(n);
   placeRows(result, prepared.data, call, leverage, prepared.response);
 
+  // 4. Rows held out, one by one.
+  if (options.heldOutRows && result.validation)
+    addHeldOut(result, heldOutPredictions(prepared, options, call, result.plan, watch, 70, 98));
+
+  result.model = modelOf(result, call, leverage);
   remarkOnRegression(result, call);
   watch.report("analysis", "done", 98, 100, 1, 1);
   return result;

@@ -29,9 +29,9 @@ void checkOptions(const RegressionOptions& options) {
     refuse("--f-enter", fmt::format("--f-enter {} lets everything in; use --select all for that.", options.fEnter));
   if (!(options.fRemove >= 0))
     refuse("--f-remove", fmt::format("--f-remove {} is not an F value; it is 0 or more.", options.fRemove));
-  if (!(options.corrLimit > 0))
-    refuse("--corr-limit",
-           fmt::format("--corr-limit {} is not a correlation above 0; 1 switches it off.", options.corrLimit));
+  if (!(options.corrLimit > 0 && options.corrLimit <= 1))
+    refuse("--corr-limit", fmt::format("--corr-limit {} is not a correlation above 0 and up to 1; 1 switches it off.",
+                                       options.corrLimit));
   if (options.maxSteps == 0 || options.maxSteps < -1)
     refuse("--max-steps",
            fmt::format("--max-steps {} leaves no step; use --select all for all descriptors.", options.maxSteps));
@@ -67,12 +67,11 @@ struct Request {
 };
 
 // The 52 arguments, from vectors that are sized and filled here.
-RegressionCall run(const Request& request, std::vector<std::int32_t> flags, const Folds& folds, Watch& watch,
-                   const std::string& text, double from, double to) {
+RegressionCall run(const Request& request, std::vector<std::int32_t> flags, const FoldSettings& settings,
+                   std::int32_t seed, Watch& watch, const std::string& text, double from, double to) {
   const std::int32_t n = request.n, p = request.p;
   const auto rows = static_cast<std::size_t>(n), columns = static_cast<std::size_t>(p);
   const auto steps = static_cast<std::size_t>(std::max(request.maxSteps, 1));
-  const FoldSettings settings = settingsOf(folds);
   RegressionCall call;
   call.flags = std::move(flags);
   call.maxSteps = request.maxSteps;
@@ -96,7 +95,7 @@ RegressionCall run(const Request& request, std::vector<std::int32_t> flags, cons
   std::int32_t goOn = 1;
 
   HostMonitor monitor(watch, "folds", text, from, to);
-  const ValidatingAlone alone(folds.seed);
+  const ValidatingAlone alone(seed);
   MulReg(request.data.data(), tags.data(), call.rowIds.data(), usable.data(), n, p, request.scale.data(),
          request.shift.data(), corr.data(), /*reserved*/ 0, request.fEnter, request.fRemove, request.maxSteps,
          request.corrLimit, call.flags.data(), settings.method, settings.groups, settings.fraction, call.fitted.data(),
@@ -116,12 +115,8 @@ RegressionCall run(const Request& request, std::vector<std::int32_t> flags, cons
 }
 
 // Of the columns, the first two that say the same in the training rows of a fold: "x3, x7 identical in its rows".
-std::string identicalInFold(const RegressionCall& call, const Prepared& prepared,
-                            const std::vector<std::size_t>& columns, std::int64_t fold) {
-  std::vector<std::size_t> training;  // entry i of the order is in fold i mod G + 1
-  for (std::size_t i = 0; i < call.rowIds.size(); ++i)
-    if (static_cast<std::int64_t>(i) % call.foldsPlanned + 1 != fold)
-      training.push_back(static_cast<std::size_t>(call.rowIds[i] - 1));
+std::string identicalInFold(const Prepared& prepared, const std::vector<std::size_t>& columns,
+                            const std::vector<std::size_t>& training) {
   std::vector<std::vector<double>> cells;
   for (const std::size_t j : columns) {
     cells.emplace_back();
@@ -154,8 +149,9 @@ PreparedRegression prepareRegression(const TableView& table, const RegressionOpt
   checkFolds(options.folds);
   requireNumeric(table, options.response, "--response");
   PreparedRegression prepared;
-  prepared.data =
-      prepare(table, {.responses = {options.response}, .predictWithoutResponse = true}, options.data, watch);
+  prepared.data = prepare(
+      table, {.responses = {options.response}, .foldColumn = options.folds.column, .predictWithoutResponse = true},
+      options.data, watch);
   const UsedData& used = prepared.data.used;
   for (const BlockRow& row : prepared.data.modelRows) prepared.response.push_back(*responseOf(row, options.response));
   const std::size_t n = prepared.response.size();
@@ -174,25 +170,156 @@ PreparedRegression prepareRegression(const TableView& table, const RegressionOpt
   prepared.maxSteps = options.selection == Selection::All ? 0
                       : options.maxSteps > 0              ? options.maxSteps
                                                           : std::max(10, static_cast<int>(n / 5));
-  prepared.folds = foldsThatCanRun(options.folds, n, prepared.data.remarks);
+  prepared.folds = foldsThatCanRun(options.folds, labelsOf(prepared.data.modelRows, options.folds.column), used.rows,
+                                   prepared.data.remarks);
   return prepared;
 }
+
+namespace {
+
+// The request for rows of the table in the order given, and the flags to begin with.
+Request requestFor(const PreparedRegression& prepared, const RegressionOptions& options, std::vector<double> data,
+                   std::size_t rows) {
+  std::vector<double> scale = prepared.data.used.scale, shift = prepared.data.used.shift;
+  scale.push_back(1);
+  shift.push_back(0);
+  return {std::move(data),
+          std::move(scale),
+          std::move(shift),
+          static_cast<float>(options.fEnter),
+          static_cast<float>(options.fRemove),
+          static_cast<float>(options.corrLimit),
+          count32(rows),
+          count32(prepared.data.model.columns + 1),
+          prepared.maxSteps};
+}
+
+std::vector<std::int32_t> startingFlags(const PreparedRegression& prepared) {
+  std::vector<std::int32_t> flags(prepared.data.model.columns + 1, 0);
+  for (const std::size_t j : prepared.start) flags[j] = 1;
+  return flags;
+}
+
+}  // namespace
 
 RegressionCall callRegression(const PreparedRegression& prepared, const RegressionOptions& options, Watch& watch,
                               double from, double to) {
   const Grid& model = prepared.data.model;
   std::vector<std::size_t> all(model.columns);
   std::iota(all.begin(), all.end(), std::size_t{0});
-  std::vector<double> scale = prepared.data.used.scale, shift = prepared.data.used.shift;
+  return run(requestFor(prepared, options, matrixOf(model, all, prepared.response), model.rows),
+             startingFlags(prepared), settingsOf(prepared.folds), prepared.folds.seed, watch, "fold ", from, to);
+}
+
+namespace {
+
+// The columns in the rows of a fold's training set, in the order in which they were taken; the response last.
+std::vector<double> trainingData(const PreparedRegression& prepared, const std::vector<std::size_t>& columns,
+                                 const std::vector<std::size_t>& training) {
+  std::vector<double> data;
+  data.reserve(training.size() * (columns.size() + 1));
+  for (const std::size_t j : columns)
+    for (const std::size_t row : training) data.push_back(prepared.data.model(row, j));
+  for (const std::size_t row : training) data.push_back(prepared.response[row]);
+  return data;
+}
+
+// A fold is run again by a call on its training rows; that call's own validation has one group, which leaves nothing to
+// train on and costs nothing.
+RegressionCall callOnTraining(const PreparedRegression& prepared, const RegressionOptions& options,
+                              const FoldRows& fold, Watch& watch) {
+  std::vector<std::size_t> all(prepared.data.model.columns);
+  std::iota(all.begin(), all.end(), std::size_t{0});
+  return run(requestFor(prepared, options, trainingData(prepared, all, fold.training), fold.training.size()),
+             startingFlags(prepared), {.method = 1, .groups = 1}, prepared.folds.seed, watch, {}, 0, 0);
+}
+
+// The chosen descriptors alone, all of them in the model.
+RegressionCall refitOnTraining(const PreparedRegression& prepared, const std::vector<std::size_t>& chosen,
+                               const FoldRows& fold, Watch& watch) {
+  std::vector<double> scale, shift;
+  for (const std::size_t j : chosen) {
+    scale.push_back(prepared.data.used.scale[j]);
+    shift.push_back(prepared.data.used.shift[j]);
+  }
   scale.push_back(1);
   shift.push_back(0);
-  std::vector<std::int32_t> flags(model.columns + 1, 0);
-  for (const std::size_t j : prepared.start) flags[j] = 1;
-  return run(
-      {matrixOf(model, all, prepared.response), std::move(scale), std::move(shift), static_cast<float>(options.fEnter),
-       static_cast<float>(options.fRemove), static_cast<float>(options.corrLimit), count32(model.rows),
-       count32(model.columns + 1), prepared.maxSteps},
-      std::move(flags), prepared.folds, watch, "fold ", from, to);
+  const std::size_t p = chosen.size() + 1;
+  return run({trainingData(prepared, chosen, fold.training), std::move(scale), std::move(shift), 0.0F, 0.0F, 1.0F,
+              count32(fold.training.size()), count32(p), 0},
+             std::vector<std::int32_t>(p, 0), {.method = 1, .groups = 1}, prepared.folds.seed, watch, {}, 0, 0);
+}
+
+// columns: which column of the model each chosen descriptor of the call is.
+double predictedBy(const RegressionCall& call, const Grid& model, const std::vector<std::size_t>& columns,
+                   std::size_t row) {
+  double sum = 0;
+  for (std::size_t a = 0; a < columns.size(); ++a) sum += call.coef[a] * model(row, columns[a]);
+  return call.intercept + sum;
+}
+
+// Jackknife spread over folds of equal weight, as the analysis has it.
+double spreadOf(const std::vector<double>& values) {
+  const auto folds = static_cast<double>(values.size());
+  const double mean = std::accumulate(values.begin(), values.end(), 0.0) / folds;
+  double squares = 0;
+  for (const double value : values) squares += (mean - value) * (mean - value);
+  return std::sqrt((folds - 1) / folds * squares);
+}
+
+}  // namespace
+
+std::vector<std::vector<HeldOutPrediction>> heldOutPredictions(const PreparedRegression& prepared,
+                                                               const RegressionOptions& options,
+                                                               const RegressionCall& call, const FoldPlan& plan,
+                                                               Watch& watch, double from, double to) {
+  const Grid& model = prepared.data.model;
+  const RowsOfFolds folds(prepared.folds, plan, call.rowIds);
+  std::vector<std::vector<HeldOutPrediction>> predictions(model.rows);
+  for (std::size_t f = 0; f < folds.size(); ++f) {
+    watch.report("held-out rows", fmt::format("held-out rows of fold {} of {}", f + 1, folds.size()), from, to,
+                 static_cast<std::int64_t>(f), static_cast<std::int64_t>(folds.size()));
+    const FoldRows rows = folds[f];
+    const RegressionCall fold = callOnTraining(prepared, options, rows, watch);
+    if (fold.status != 0) continue;
+    for (const std::size_t row : rows.heldOut)
+      predictions[row].push_back({f + 1, predictedBy(fold, model, fold.chosen, row)});
+  }
+  return predictions;
+}
+
+void validateByColumn(RegressionCall& call, const PreparedRegression& prepared, const RegressionOptions& options,
+                      Watch& watch, double from, double to) {
+  const Grid& model = prepared.data.model;
+  const FoldPlan plan = planOf(0, prepared.folds, model.rows);
+  const RowsOfFolds folds(prepared.folds, plan, call.rowIds);
+  call.foldsPlanned = count32(plan.folds);
+  call.cvInterceptSd = -1;
+  call.press = 0;
+  call.cvSelCount.assign(model.columns + 1, 0);
+  double fixedPress = 0;
+  std::vector<double> constants;
+  std::vector<std::vector<double>> coefficients(call.chosen.size());
+  for (std::size_t f = 0; f < folds.size(); ++f) {
+    call.reports = static_cast<std::int64_t>(f) + 1;
+    watch.report("folds", fmt::format("fold {} of {}", f + 1, folds.size()), from, to, static_cast<std::int64_t>(f),
+                 static_cast<std::int64_t>(folds.size()));
+    const FoldRows rows = folds[f];
+    const RegressionCall fold = callOnTraining(prepared, options, rows, watch);
+    const RegressionCall refit = refitOnTraining(prepared, call.chosen, rows, watch);
+    if (fold.status != 0 || refit.status != 0) return;  // abandoned
+    for (const std::size_t j : fold.chosen) ++call.cvSelCount[j];
+    constants.push_back(refit.rawIntercept);
+    for (std::size_t a = 0; a < call.chosen.size(); ++a) coefficients[a].push_back(refit.rawCoef[a]);
+    for (const std::size_t row : rows.heldOut) {
+      call.press += std::pow(predictedBy(fold, model, fold.chosen, row) - prepared.response[row], 2);
+      fixedPress += std::pow(predictedBy(refit, model, call.chosen, row) - prepared.response[row], 2);
+    }
+  }
+  call.q2 = call.sumSq[2] > 0 ? 1 - call.press / call.sumSq[2] : 0;
+  call.fixedSetQ2 = call.sumSq[2] > 0 ? 1 - fixedPress / call.sumSq[2] : 0;
+  call.cvInterceptSd = spreadOf(constants);
+  for (std::size_t a = 0; a < call.chosen.size(); ++a) call.cvCoefSd[call.chosen[a]] = spreadOf(coefficients[a]);
 }
 
 std::optional<double> fixedSetQ2(const PreparedRegression& prepared, const std::vector<std::size_t>& chosen,
@@ -201,25 +328,29 @@ std::optional<double> fixedSetQ2(const PreparedRegression& prepared, const std::
   const RegressionCall call =
       run({matrixOf(prepared.data.model, chosen, prepared.response), std::vector<double>(p, 1.0),
            std::vector<double>(p, 0.0), 0.0F, 0.0F, 1.0F, count32(prepared.response.size()), count32(p), 0},
-          std::vector<std::int32_t>(p, 0), prepared.folds, watch, "chosen descriptors kept, fold ", from, to);
+          std::vector<std::int32_t>(p, 0), settingsOf(prepared.folds), prepared.folds.seed, watch,
+          "chosen descriptors kept, fold ", from, to);
   if (call.status != 0 || call.abandoned()) return {};
   return call.q2;
 }
 
 std::optional<SingularFold> singularFold(const RegressionCall& call, const PreparedRegression& prepared) {
   const Prepared& data = prepared.data;
-  const bool dealt = prepared.folds.kind != Folds::Kind::Random;  // else nobody knows the rows of a fold
+  if (prepared.folds.kind == Folds::Kind::Random)  // not drawn again for this
+    return call.abandoned() ? std::optional<SingularFold>({call.reports, {}}) : std::nullopt;
   std::vector<std::size_t> all(data.model.columns);
   std::iota(all.begin(), all.end(), std::size_t{0});
+  const RowsOfFolds folds(prepared.folds, planOf(call.foldsPlanned, prepared.folds, data.model.rows), call.rowIds);
   if (call.abandoned()) {
-    std::string culprits = dealt ? identicalInFold(call, data, call.chosen, call.reports) : std::string();
-    if (culprits.empty() && dealt) culprits = identicalInFold(call, data, all, call.reports);
+    const FoldRows rows = folds[static_cast<std::size_t>(call.reports - 1)];
+    std::string culprits = identicalInFold(data, call.chosen, rows.training);
+    if (culprits.empty()) culprits = identicalInFold(data, all, rows.training);
     return SingularFold{call.reports, culprits};
   }
-  const std::size_t cells = static_cast<std::size_t>(call.foldsPlanned) * data.model.rows * call.chosen.size();
-  for (std::int64_t fold = 1; dealt && cells <= kMostCompared && fold <= call.foldsPlanned; ++fold)
-    if (std::string culprits = identicalInFold(call, data, call.chosen, fold); !culprits.empty())
-      return SingularFold{fold, culprits};
+  const std::size_t cells = folds.size() * data.model.rows * call.chosen.size();
+  for (std::size_t fold = 0; cells <= kMostCompared && fold < folds.size(); ++fold)
+    if (std::string culprits = identicalInFold(data, call.chosen, folds[fold].training); !culprits.empty())
+      return SingularFold{static_cast<std::int64_t>(fold) + 1, culprits};
   return {};
 }
 

@@ -3,6 +3,7 @@
 
 #include <studystats/host/regression.h>
 
+#include "host/folds.h"
 #include "host/preparation/preparation.h"
 
 #include <cstdint>
@@ -17,7 +18,7 @@ struct PreparedRegression {
   std::vector<double> response;    // of the model's rows
   std::vector<std::size_t> start;  // descriptors in the model at the start
   std::int32_t maxSteps = 0;
-  Folds folds;  // as they can be run
+  RunFolds folds;
 };
 
 PreparedRegression prepareRegression(const TableView& table, const RegressionOptions& options, Watch& watch);
@@ -32,7 +33,8 @@ struct RegressionCall {
   std::vector<float> stepPartialF, stepF, stepS;
   std::vector<std::int32_t> flags, rowIds, df, inList, cvSelCount, stepAction, stepVar;
   double rawIntercept = 0, intercept = 0, multR = 0, fValue = 0, sValue = 0, fProb = 0, q2 = 0, press = 0;
-  double cvInterceptSd = -1;  // never negative when it was written
+  std::optional<double> fixedSetQ2;  // of folds by a column, whose refits are at hand
+  double cvInterceptSd = -1;         // never negative when it was written
   float fStart = 0, sStart = 0;
   std::int32_t nIn = 0, nSteps = 0, maxSteps = 0, status = 0;
   std::int64_t reports = 0;  // folds begun
@@ -45,6 +47,10 @@ struct RegressionCall {
 // Runs the analysis; progress goes from `from` to `to` percent. Throws Stopped and what the progress callback throws.
 RegressionCall callRegression(const PreparedRegression& prepared, const RegressionOptions& options, Watch& watch,
                               double from, double to);
+
+// Folds by a column exist by running each of them alone: fills in what the analysis's own validation would have given.
+void validateByColumn(RegressionCall& call, const PreparedRegression& prepared, const RegressionOptions& options,
+                      Watch& watch, double from, double to);
 
 // q2 of the chosen descriptors alone, all of them kept in every fold; absent when that validation was abandoned.
 std::optional<double> fixedSetQ2(const PreparedRegression& prepared, const std::vector<std::size_t>& chosen,
@@ -59,5 +65,15 @@ struct SingularFold {
   std::string culprits;  // "x3, x7 identical in its rows"; empty when none were found
 };
 std::optional<SingularFold> singularFold(const RegressionCall& call, const PreparedRegression& prepared);
+
+// What every fold said of the rows that it held out: the folds run again, each with its own selection.
+struct HeldOutPrediction {
+  std::size_t fold = 0;  // from 1
+  double value = 0;
+};
+std::vector<std::vector<HeldOutPrediction>> heldOutPredictions(const PreparedRegression& prepared,
+                                                               const RegressionOptions& options,
+                                                               const RegressionCall& call, const FoldPlan& plan,
+                                                               Watch& watch, double from, double to);
 
 }  // namespace studystats

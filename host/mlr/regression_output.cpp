@@ -1,5 +1,4 @@
 // A regression as JSON and as CSV files.
-#include "host/folds.h"
 #include "host/json.h"
 #include "host/mlr/regression.h"
 #include "host/text.h"
@@ -8,8 +7,6 @@
 
 namespace studystats {
 namespace {
-
-const char* nameOf(Role role) { return role == Role::Model ? "model" : "predicted"; }
 
 Json jsonEquation(const Equation& equation, const char* units) {
   Json json{{"units", units},
@@ -37,11 +34,7 @@ Json jsonFit(const RegressionFit& fit) {
 }
 
 Json jsonValidation(const Regression& result) {
-  Json json{{"folds", result.plan.folds},
-            {"scheme", describedFolds(result.plan)},
-            {"held_out_least", result.plan.smallest},
-            {"held_out_most", result.plan.largest},
-            {"seed", result.plan.seed}};
+  Json json = jsonPlan(result.plan);
   const bool done = static_cast<bool>(result.validation);
   json["q2"] = done ? jsonNumber(result.validation->q2) : Json(nullptr);
   json["press"] = done ? jsonNumber(result.validation->press) : Json(nullptr);
@@ -81,7 +74,10 @@ Json jsonRow(const RegressionRow& row) {
           {"fitted", jsonNumber(row.fitted)},
           {"residual", jsonNumber(row.residual)},
           {"standardised_residual", jsonNumber(row.standardised)},
-          {"leverage", jsonNumber(row.leverage)}};
+          {"leverage", jsonNumber(row.leverage)},
+          {"held_out", jsonNumber(row.heldOut)},
+          {"times_held_out", row.timesHeldOut},
+          {"fold", row.fold == 0 ? Json(nullptr) : Json(row.fold)}};
 }
 
 std::string exactOr(const std::optional<double>& value) { return value ? exact(*value) : std::string(); }
@@ -160,10 +156,13 @@ std::vector<CsvFile> toTables(const Regression& result) {
 
 std::string rowsAsCsv(const Regression& result) {
   CsvText csv;
-  csv.row({"name", "role", "observed", "fitted", "residual", "standardised_residual", "leverage"});
+  csv.row({"name", "role", "observed", "fitted", "residual", "standardised_residual", "leverage", "held_out",
+           "times_held_out", "fold"});
   for (const RegressionRow& row : result.rows)
     csv.row({row.name, nameOf(row.role), exactOr(row.observed), exact(row.fitted), exactOr(row.residual),
-             exactOr(row.standardised), exact(row.leverage)});
+             exactOr(row.standardised), exact(row.leverage), exactOr(row.heldOut),
+             row.timesHeldOut == 0 ? std::string() : std::to_string(row.timesHeldOut),
+             row.fold == 0 ? std::string() : std::to_string(row.fold)});
   return csv.text();
 }
 

@@ -1,11 +1,10 @@
 // Principal components of a table: preparation, the analysis, and what is worth knowing about its rows.
 //
 // T2 and the residual distance Q split a row's distance from the centre into what lies within the model plane and what
-// lies off it. Limits: Hotelling's T2 by F, Q by a scaled chi-square with the mean and variance of the model's rows;
-// Box, G. E. P. (1954), Annals of Mathematical Statistics 25, 290-302; Nomikos & MacGregor (1995), Technometrics 37,
-// 41-59. Components worth keeping: broken stick, Frontier, S. (1976), J. exp. mar. Biol. Ecol. 25, 67-75.
+// lies off it. Components worth keeping: broken stick, Frontier, S. (1976), J. exp. mar. Biol. Ecol. 25, 67-75.
 #include "host/pca/pca.h"
-#include "host/distributions.h"
+#include "host/limits.h"
+#include "host/model/model_build.h"
 #include "host/preparation/preparation.h"
 #include "host/text.h"
 
@@ -174,15 +173,8 @@ void setLimits(PrincipalComponents& result, double totalVariance) {
   std::vector<double> q;
   for (const ComponentRow& row : result.rows)
     if (row.role == Role::Model) q.push_back(row.q);
-  const auto n = static_cast<double>(q.size());
-  const double k = result.kept;
-  if (n > k) result.t2Limit = k * (n * n - 1) / (n * (n - k)) * fQuantile(result.level, k, n - k);
-  const double mean = std::accumulate(q.begin(), q.end(), 0.0) / n;
-  double squares = 0;
-  for (const double x : q) squares += (x - mean) * (x - mean);
-  const double variance = squares / (n - 1);
-  if (mean > kRoundingLevel * totalVariance && variance > 0)
-    result.qLimit = variance / (2 * mean) * chiSquareQuantile(result.level, 2 * mean * mean / variance);
+  result.t2Limit = t2LimitOf(result.kept, static_cast<double>(q.size()), result.level);
+  result.qLimit = qLimitOf(q, totalVariance, result.level);
 }
 
 void setGroups(PrincipalComponents& result) {
@@ -198,6 +190,30 @@ void setGroups(PrincipalComponents& result) {
   }
   for (ComponentGroup& group : result.groups)
     for (double& mean : group.meanScores) mean /= static_cast<double>(group.rows);
+}
+
+Model modelOf(const PrincipalComponents& result, const Prepared& prepared, const Decomposition& d) {
+  const auto kept = static_cast<std::size_t>(result.kept);
+  std::vector<std::size_t> all(prepared.model.columns);
+  std::iota(all.begin(), all.end(), std::size_t{0});
+  ModelData data = modelOf(Model::Kind::PrincipalComponents, result.used, all, result.level);
+  data.components = kept;
+  std::vector<double> q;
+  for (const ComponentRow& row : result.rows)
+    if (row.role == Role::Model) q.push_back(row.q);
+  const double mean = std::accumulate(q.begin(), q.end(), 0.0) / static_cast<double>(q.size());
+  double squares = 0;
+  for (const double x : q) squares += (x - mean) * (x - mean);
+  PlaneModel plane;
+  plane.centre = columnMeans(prepared.model);
+  plane.rotations = plane.loadings = result.loadings;
+  plane.offsets.assign(d.scoreMeans.begin(), d.scoreMeans.begin() + result.kept);
+  plane.variances.assign(d.eigenvalues.begin(), d.eigenvalues.begin() + result.kept);
+  plane.qMeans.assign(kept, result.qLimit ? mean : 0);  // of all kept; fewer components are never asked for
+  plane.qVariances.assign(kept, squares / static_cast<double>(q.size() - 1));
+  for (std::size_t k = 0; k < kept; ++k) plane.explained.push_back(result.components[k].cumulative);
+  data.plane = std::move(plane);
+  return sealed(std::move(data));
 }
 
 int chosenComponents(const PrincipalComponentsOptions& options, PrincipalComponents& result) {
@@ -267,6 +283,7 @@ PrincipalComponents principalComponents(const TableView& table, const PrincipalC
   placeRows(result, prepared, d, kRoundingLevel * total, watch);
   setLimits(result, total);
   setGroups(result);
+  result.model = modelOf(result, prepared, d);
   watch.report("analysis", "done", 90, 100, 1, 1);
   return result;
 } catch (const std::bad_alloc&) {

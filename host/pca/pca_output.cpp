@@ -9,8 +9,6 @@
 namespace studystats {
 namespace {
 
-const char* nameOf(Role role) { return role == Role::Model ? "model" : "predicted"; }
-
 std::vector<std::string> componentNames(std::size_t count) {
   std::vector<std::string> names;
   for (std::size_t k = 0; k < count; ++k) names.push_back(fmt::format("PC{}", k + 1));

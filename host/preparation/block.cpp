@@ -59,6 +59,7 @@ std::string otherUse(const TableView::Column& column, const Roles& roles, const 
                      const TableView::Column* id) {
   if (contains(roles.responses, column.name)) return "response";
   if (column.name == roles.classColumn) return "class";
+  if (column.name == roles.foldColumn) return "folds";
   if (id && column.name == id->name) return "row names";
   if (!options.test.column.empty() && column.name == options.test.column) return "marks test rows";
   return {};
@@ -86,7 +87,8 @@ const TableView::Column* idColumn(const TableView& table, const std::string& ask
   if (!table.rowNames().empty()) return nullptr;
   for (const TableView::Column& column : table.columns()) {
     const bool free = column.kind == ColumnKind::Text && !column.askedAsText && column.strayCount == 0 &&
-                      column.name != roles.classColumn && !contains(roles.responses, column.name);
+                      column.name != roles.classColumn && column.name != roles.foldColumn &&
+                      !contains(roles.responses, column.name);
     if (free && namesEveryRowOnce(column, table.rows())) return &column;
   }
   return nullptr;

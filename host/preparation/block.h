@@ -13,7 +13,10 @@ namespace studystats {
 struct Roles {
   std::vector<std::string> responses{};
   std::string classColumn{};
-  bool predictWithoutResponse = false;  // a row whose response is missing is kept out of the model and predicted
+  std::string foldColumn{};  // says which rows are held out together
+  bool predictWithoutResponse =
+      false;                 // a row whose response or class is missing is kept out of the model and predicted
+  bool keepRepeats = false;  // constant columns, and those that repeat another, stay: each counts in the analysis
 };
 
 // A descriptor on its way: its cells over all rows of the block, not-a-number where missing.
@@ -22,6 +25,7 @@ struct BlockColumn {
   std::string source;   // the table's column, or "Derived"
   std::string formula;  // how a transformed or derived column was made; empty otherwise
   std::vector<double> cells;
+  DescriptorRecipe recipe{};
 };
 
 struct BlockRow {
@@ -57,6 +61,9 @@ std::vector<std::string> rowNames(const TableView& table, const TableView::Colum
 std::vector<std::size_t> descriptorColumns(const TableView& table, const Roles& roles, const DataOptions& options,
                                            const TableView::Column* id, std::vector<Dropped>& dropped,
                                            std::vector<Remark>& remarks);
+
+// value + shift under the transform; false where it is outside the transform's domain, or not a finite number.
+bool transformed(double value, const Transform& transform, double& result);
 
 // Columns replaced by functions of themselves; a value outside a function's domain becomes missing and is told of.
 void applyTransforms(Block& block, const std::vector<Transform>& transforms, std::vector<Remark>& remarks);

@@ -36,12 +36,6 @@ StatsUtils::STATS_TRANSFORM_TYPE libraryType(Transform::Kind kind) {
   return StatsUtils::STATS_TRANSFORM_NONE;
 }
 
-bool transformed(double value, const Transform& transform, double& result) {
-  if (!StatsUtils::TransformValue(value, libraryType(transform.kind), transform.shift, result)) return false;
-  if (transform.kind == Transform::Kind::Log10) result = std::log10(value + transform.shift);
-  return std::isfinite(result);
-}
-
 std::string headingOf(const std::string& name, const Transform& transform) {
   std::string heading;
   StatsUtils::TransformHeading(name, libraryType(transform.kind), transform.shift, heading);
@@ -128,6 +122,12 @@ std::string productName(const std::vector<const BlockColumn*>& sources, const Fa
   return name;
 }
 
+DescriptorRecipe productRecipe(const std::vector<const BlockColumn*>& sources, const Factors& factors) {
+  DescriptorRecipe recipe;
+  for (const std::size_t f : factors) recipe.factors.push_back(sources[f]->recipe.factors.front());
+  return recipe;
+}
+
 std::vector<double> productCells(const std::vector<const BlockColumn*>& sources, const Factors& factors) {
   std::vector<double> cells = sources[factors[0]]->cells;
   for (std::size_t f = 1; f < factors.size(); ++f)
@@ -145,6 +145,12 @@ std::vector<std::size_t> sourcesOf(const Block& block, std::size_t given, const 
 }
 
 }  // namespace
+
+bool transformed(double value, const Transform& transform, double& result) {
+  if (!StatsUtils::TransformValue(value, libraryType(transform.kind), transform.shift, result)) return false;
+  if (transform.kind == Transform::Kind::Log10) result = std::log10(value + transform.shift);
+  return std::isfinite(result);
+}
 
 void applyTransforms(Block& block, const std::vector<Transform>& transforms, std::vector<Remark>& remarks) {
   for (const Transform& transform : transforms) {
@@ -165,6 +171,7 @@ void applyTransforms(Block& block, const std::vector<Transform>& transforms, std
            fmt::format("{} cannot be computed for {}, which became missing: {} has {} in {}.", heading,
                        counted(outside, "cell", "cells"), block.rows[first].name, exact(before[first]), column.name),
            {block.rows[first].name}});
+    column.recipe.factors.front().transforms.push_back(transform);
     column.formula = heading;
     column.name = heading;
   }
@@ -194,7 +201,8 @@ void deriveColumns(Block& block, const std::vector<Derivation>& derivations, std
     for (const std::size_t j : sources[d]) columns.push_back(&block.columns[j]);
     for (const Factors& factors : factorsOf(libraryType(derivations[d].kind), columns.size())) {
       const std::string formula = productName(columns, factors);
-      derived.push_back({unique.UniqueName(formula), "Derived", formula, productCells(columns, factors)});
+      derived.push_back({unique.UniqueName(formula), "Derived", formula, productCells(columns, factors),
+                         productRecipe(columns, factors)});
       const std::vector<double>& cells = derived.back().cells;
       if (!std::all_of(cells.begin(), cells.end(), [](double x) { return std::isfinite(x); }))
         throw NotComputed(

@@ -55,8 +55,10 @@ void markTestRows(Block& block, const TableView& table, const TestRows& test) {
 
 // A row without a response cannot be trained on.
 void markWithoutResponse(Block& block, const Roles& roles) {
+  std::vector<std::string> wanted = roles.responses;
+  if (!roles.classColumn.empty()) wanted.push_back(roles.classColumn);
   for (BlockRow& row : block.rows)
-    for (const std::string& response : roles.responses) {
+    for (const std::string& response : wanted) {
       const TableView::Column* column = row.table->find(response);
       if (!column || column->missing(row.tableRow)) row.role = Role::Predicted;
     }
@@ -212,7 +214,8 @@ Block extract(const TableView& table, const Roles& roles, const DataOptions& opt
   block.rows = rowsOf(table, rowNames(table, id, remarks), Role::Model);
   for (const std::size_t j : descriptorColumns(table, roles, options, id, used.droppedColumns, remarks)) {
     const TableView::Column& column = table.columns()[j];
-    block.columns.push_back({column.name, column.name, {}, {column.numbers.begin(), column.numbers.end()}});
+    block.columns.push_back(
+        {column.name, column.name, {}, {column.numbers.begin(), column.numbers.end()}, {{{column.name, {}}}}});
   }
   markTestRows(block, table, options.test);
   if (options.test.table) appendTestTable(block, table, roles, options, remarks);
@@ -297,6 +300,7 @@ std::vector<std::string> labelsOf(const std::vector<BlockRow>& rows, const std::
 Prepared prepare(const TableView& table, const Roles& roles, const DataOptions& options, Watch& watch) {
   for (const std::string& response : roles.responses) columnNamed(table, response, "--response");
   if (!roles.classColumn.empty()) columnNamed(table, roles.classColumn, "--class");
+  if (!roles.foldColumn.empty()) columnNamed(table, roles.foldColumn, "--folds");
 
   Prepared prepared;
   UsedData& used = prepared.used;
@@ -311,14 +315,17 @@ Prepared prepare(const TableView& table, const Roles& roles, const DataOptions& 
   settleMissing(block, options.missing, used, prepared.remarks);
   watch.check();
   deriveColumns(block, options.derivations, prepared.remarks);
-  setAsideRepeats(block, used, prepared.remarks);
+  if (!roles.keepRepeats) setAsideRepeats(block, used, prepared.remarks);
   watch.check();
 
   for (const BlockRow& row : block.rows)
     (row.role == Role::Model ? prepared.modelRows : prepared.predictedRows).push_back(row);
   for (const BlockRow& row : prepared.modelRows) used.rows.push_back(row.name);
   for (const BlockRow& row : prepared.predictedRows) used.predictedRows.push_back(row.name);
-  for (const BlockColumn& column : block.columns) used.descriptors.push_back(column.name);
+  for (const BlockColumn& column : block.columns) {
+    used.descriptors.push_back(column.name);
+    used.recipes.push_back(column.recipe);
+  }
   record(asked, prepared, block, used);
   prepared.model = modelGrid(block, prepared.modelRows, options.scaling, used);
   prepared.predicted = predictedGrid(block, used, prepared.predictedRows.size());

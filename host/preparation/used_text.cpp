@@ -70,12 +70,18 @@ std::string sameAs(const SameInformation& same) {
 
 std::string leftOutText(const UsedData& used) {
   std::string text;
-  if (!used.droppedRows.empty()) {
-    std::vector<std::string> rows;
-    for (const Dropped& row : used.droppedRows) rows.push_back(shownRow(used, row.name));
-    text += wrapped("Rows dropped: ", fmt::format("{} of {} for missing cells ({})", rows.size(),
-                                                  used.rowCounts.requested, listed(rows)));
+  std::vector<std::string> missing, others;
+  for (const Dropped& row : used.droppedRows) {
+    const std::string name = shownRow(used, row.name);
+    if (row.reason.starts_with("missing"))
+      missing.push_back(name);
+    else
+      others.push_back(fmt::format("{} ({})", name, row.reason));
   }
+  if (!missing.empty())
+    text += wrapped("Rows dropped: ", fmt::format("{} of {} for missing cells ({})", missing.size(),
+                                                  used.rowCounts.requested, listed(missing)));
+  if (!others.empty()) text += wrapped("Rows set aside: ", listed(others));
   if (!used.predictedRows.empty()) text += wrapped("Rows kept out: ", listed(used.predictedRows));
   if (!used.setAside.empty()) {
     std::vector<std::string> repeats;

@@ -15,6 +15,7 @@
 #include "host/reading/reader_dialect.h"
 #include "host/reading/reader_records.h"
 #include "host/reading/reader_source.h"
+#include "host/reading/sha256.h"
 #include "host/text.h"
 #include "host/watch.h"
 
@@ -76,7 +77,7 @@ class TableSink : public RecordSink {
     }
   }
 
-  bool isNumber(const std::string& text) const { return reader_.read(text).kind == CellKind::Number; }
+  bool isNumber(const std::string& text) const { return reader_.read(text).kind == CellMeaning::Number; }
 
   [[noreturn]] void refuseRagged() const {
     const bool rowNames = rows_ == 0 && cells_ == columns_.size() + 1;
@@ -143,6 +144,7 @@ Table parsed(std::string_view whole, const std::string& name, const ReadOptions&
   table.name = name;
   table.delimiter = dialect.delimiter;
   table.decimal = dialect.decimal;
+  if (options.digest) table.digest = sha256(whole);
   table.remarks = std::move(sink.remarks());
   table.columns.reserve(sink.columns().size());
   for (ColumnBuilder& column : sink.columns())

@@ -13,8 +13,8 @@ namespace {
 
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 
-constexpr Cell kMissingCell{CellKind::Missing, kNone};
-constexpr Cell kTextCell{CellKind::Text, kNone};
+constexpr Cell kMissingCell{CellMeaning::Missing, kNone};
+constexpr Cell kTextCell{CellMeaning::Text, kNone};
 
 bool isBlank(char c) { return c == ' ' || c == '\t'; }
 
@@ -27,9 +27,9 @@ Cell readNumber(std::string_view text) {
   double value = kNone;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
   if (end != text.data() + text.size() || error == std::errc::invalid_argument) return kTextCell;
-  if (error == std::errc::result_out_of_range) return {CellKind::OutOfRange, kNone};
-  if (!std::isfinite(value)) return {CellKind::NotFinite, kNone};
-  return {CellKind::Number, value};
+  if (error == std::errc::result_out_of_range) return {CellMeaning::OutOfRange, kNone};
+  if (!std::isfinite(value)) return {CellMeaning::NotFinite, kNone};
+  return {CellMeaning::Number, value};
 }
 
 // A number with a decimal comma: a point (of thousands, perhaps) is none.

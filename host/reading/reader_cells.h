@@ -7,7 +7,7 @@
 
 namespace studystats {
 
-enum class CellKind {
+enum class CellMeaning {
   Number,
   NotFinite,   // "inf" or "nan(...)": missing among numbers, a text among texts
   OutOfRange,  // written as a number that a double cannot hold
@@ -16,7 +16,7 @@ enum class CellKind {
 };
 
 struct Cell {
-  CellKind kind;
+  CellMeaning kind;
   double number;  // not-a-number unless kind is Number
 };
 

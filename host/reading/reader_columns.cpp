@@ -40,24 +40,24 @@ void ColumnBuilder::becomeText(std::size_t row) {
 }
 
 void ColumnBuilder::addUnusual(std::string_view text, const Cell& cell, CellPlace place) {
-  if (cell.kind == CellKind::Text && !isText_) becomeText(place.row);
-  if (cell.kind == CellKind::Text) {
+  if (cell.kind == CellMeaning::Text && !isText_) becomeText(place.row);
+  if (cell.kind == CellMeaning::Text) {
     ++textCount_;
     if (firstTexts_.size() < kShownStrays) firstTexts_.push_back({place.row, place.line, std::string(text)});
   }
-  if (cell.kind == CellKind::OutOfRange && !outOfRange_)
+  if (cell.kind == CellMeaning::OutOfRange && !outOfRange_)
     outOfRange_ = StrayCell{place.row, place.line, std::string(text)};
-  if (cell.kind == CellKind::OutOfRange || cell.kind == CellKind::NotFinite) holdsOthers_ = true;
-  if (cell.kind == CellKind::Number || cell.kind == CellKind::OutOfRange) ++numberCount_;
+  if (cell.kind == CellMeaning::OutOfRange || cell.kind == CellMeaning::NotFinite) holdsOthers_ = true;
+  if (cell.kind == CellMeaning::Number || cell.kind == CellMeaning::OutOfRange) ++numberCount_;
 
   if (!isText_)
     numbers_.push_back(cell.number);
   else
-    texts_.emplace_back(cell.kind == CellKind::Missing ? std::string_view() : text);
+    texts_.emplace_back(cell.kind == CellMeaning::Missing ? std::string_view() : text);
 }
 
 void ColumnBuilder::setText(std::size_t row, std::string_view text, const CellReader& reader) {
-  if (row < rowsToReadAgain_ && reader.read(text).kind != CellKind::Missing) texts_[row] = text;
+  if (row < rowsToReadAgain_ && reader.read(text).kind != CellMeaning::Missing) texts_[row] = text;
 }
 
 TableColumn ColumnBuilder::finished(const std::string& file, int position, std::vector<Remark>& remarks) && {

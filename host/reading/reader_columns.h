@@ -30,7 +30,7 @@ class ColumnBuilder {
   // `text` is trimmed and stands in the row behind the last one added.
   void add(std::string_view text, const CellReader& reader, CellPlace place) {
     const Cell cell = reader.read(text);
-    if (!isText_ && cell.kind == CellKind::Number) {
+    if (!isText_ && cell.kind == CellMeaning::Number) {
       numbers_.push_back(cell.number);
       ++numberCount_;
     } else {

@@ -75,7 +75,7 @@ class DecimalCount : public RecordSink {
     const bool comma = text.find(',') != text.npos, point = text.find('.') != text.npos;
     if (comma == point) return;
     const CellReader& reader = comma ? withComma_ : withPoint_;
-    if (reader.read(trimmed(text)).kind == CellKind::Number) ++(comma ? commas_ : points_);
+    if (reader.read(trimmed(text)).kind == CellMeaning::Number) ++(comma ? commas_ : points_);
   }
   bool record() override {
     heading_ = false;

@@ -153,4 +153,27 @@ void readRecords(std::string_view text, const std::string& file, char delimiter,
   parser.end();
 }
 
+void readRecordsInPieces(const std::function<std::string_view()>& next, const std::string& file, char delimiter,
+                         RecordSink& sink) {
+  Parser parser(file, delimiter, sink);
+  const auto parse = [&](std::string_view text) {
+    Lines lines(text);
+    while (!lines.atEnd())
+      if (!parser.line(lines.next())) return false;
+    return true;
+  };
+  std::string held;  // lines, the last of which may go on in the next piece
+  for (std::string_view piece = next(); !piece.empty(); piece = next()) {
+    // A CR at the end may be half of a CR LF.
+    const std::string_view whole = piece.substr(0, piece.size() - (piece.back() == '\r' ? 1 : 0));
+    const std::size_t lastEnd = whole.find_last_of("\r\n");
+    const std::size_t upTo = lastEnd == whole.npos ? 0 : held.size() + lastEnd + 1;
+    held += piece;
+    if (!parse(std::string_view(held).substr(0, upTo))) return;
+    held.erase(0, upTo);
+  }
+  if (!parse(held)) return;
+  parser.end();
+}
+
 }  // namespace studystats

@@ -25,4 +25,9 @@ class RecordSink {
 void readRecords(std::string_view text, const std::string& file, char delimiter, RecordSink& sink,
                  const std::function<void(std::size_t)>& reached = {});
 
+// The same for a text that comes in pieces, of which only the present one is held: `next` gives one after the other, an
+// empty one at the end.
+void readRecordsInPieces(const std::function<std::string_view()>& next, const std::string& file, char delimiter,
+                         RecordSink& sink);
+
 }  // namespace studystats

@@ -83,6 +83,32 @@ void FileText::readAll(int descriptor, const std::string& path, const Watch& wat
   }
 }
 
+FilePieces::FilePieces(const std::string& path)
+    : path_(path), descriptor_(path == "-" ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+  struct stat status {};
+  const bool opened = descriptor_ >= 0 && ::fstat(descriptor_, &status) == 0;
+  const int reason = opened && S_ISDIR(status.st_mode) ? EISDIR : errno;
+  if (!opened || S_ISDIR(status.st_mode)) {
+    if (descriptor_ > STDIN_FILENO) ::close(descriptor_);
+    refuse(path, reason);
+  }
+  if (S_ISREG(status.st_mode)) size_ = status.st_size;
+}
+
+FilePieces::~FilePieces() {
+  if (descriptor_ > STDIN_FILENO) ::close(descriptor_);
+}
+
+std::string_view FilePieces::next() {
+  buffer_.resize(std::size_t{1} << 20);
+  for (;;) {
+    const ssize_t n = ::read(descriptor_, buffer_.data(), buffer_.size());
+    if (n < 0 && errno == EINTR) continue;
+    if (n < 0) refuse(path_, errno);
+    return {buffer_.data(), static_cast<std::size_t>(n)};
+  }
+}
+
 std::string_view tableText(std::string_view text, const std::string& file) {
   const Where where{.file = file};
   if (startsWith(text, "\xFF\xFE") || startsWith(text, "\xFE\xFF"))

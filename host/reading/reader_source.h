@@ -4,6 +4,7 @@
 #include <studystats/host/table.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <memory>
 #include <string>
@@ -30,6 +31,23 @@ class FileText {
   std::unique_ptr<char, Free> buffer_;
   std::size_t size_ = 0;
   std::size_t capacity_ = 0;
+};
+
+// A file that is read piece by piece.
+class FilePieces {
+ public:
+  explicit FilePieces(const std::string& path);  // "-" is standard input; throws BadTable when it cannot be opened
+  FilePieces(const FilePieces&) = delete;
+  FilePieces& operator=(const FilePieces&) = delete;
+  ~FilePieces();
+  std::string_view next();                     // valid until the next call; empty at the end
+  std::int64_t size() const { return size_; }  // of a regular file; 0 when nobody knows
+
+ private:
+  std::string path_;
+  int descriptor_;
+  std::int64_t size_ = 0;
+  std::string buffer_;
 };
 
 // Asks the system for large pages below what is about to be filled: fewer faults. Has no other effect.

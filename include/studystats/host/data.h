@@ -83,6 +83,16 @@ struct ExtractionCounts {
   std::size_t eliminated = 0;  // there, left out
 };
 
+// How a descriptor is made of table columns: the product of its factors, from left to right, each a column with its
+// transforms applied one after the other.
+struct DescriptorRecipe {
+  struct Factor {
+    std::string column;
+    std::vector<Transform> transforms;
+  };
+  std::vector<Factor> factors;
+};
+
 // The data card of an analysis.
 struct UsedData {
   std::string table;
@@ -101,7 +111,8 @@ struct UsedData {
   ExtractionCounts columnCounts;
   std::vector<std::string> formulas;  // of columns made here: "x -> log ( x )", "x * z"
   Scaling scaling = Scaling::Autoscale;
-  std::vector<double> shift;  // per descriptor: prepared = (value - shift) / scale
+  std::vector<DescriptorRecipe> recipes;  // per descriptor
+  std::vector<double> shift;              // per descriptor: prepared = (value - shift) / scale
   std::vector<double> scale;
 };
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <studystats/host/data.h>
+#include <studystats/host/model.h>
 #include <studystats/host/output.h>
 
 #include <cstddef>
@@ -58,7 +59,8 @@ struct PrincipalComponents {
   double level = 0.95;
   std::optional<double> t2Limit;  // k (n^2 - 1) / (n (n - k)) * F(level; k, n - k); absent when n <= k
   std::optional<double>
-      qLimit;  // g * chi^2(level; h), g and h from the rows' mean and variance; absent without residuals
+      qLimit;   // g * chi^2(level; h), g and h from the rows' mean and variance; absent without residuals
+  Model model;  // predicts new rows; can be saved
   std::vector<Remark> remarks;
 };
 

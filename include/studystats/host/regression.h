@@ -2,6 +2,7 @@
 #pragma once
 
 #include <studystats/host/data.h>
+#include <studystats/host/model.h>
 #include <studystats/host/output.h>
 #include <studystats/host/validation.h>
 
@@ -27,7 +28,8 @@ struct RegressionOptions {
   int maxSteps = -1;                 // most selection steps; -1: the larger of 10 and a fifth of the rows
   std::vector<std::string> start{};  // patterns: descriptors that are in the model at the start
   Folds folds{};
-  double level = 0.95;  // of intervals and limits
+  double level = 0.95;      // of intervals and limits
+  bool heldOutRows = true;  // every fold is run again for the predictions of the rows that it held out
   DataOptions data{};
   ProgressCallback progress{};
   StopSignal stop{};
@@ -100,6 +102,9 @@ struct RegressionRow {
   std::optional<double> residual{};
   std::optional<double> standardised{};  // residual over s * root(1 - leverage)
   double leverage = 0;
+  std::optional<double> heldOut{};  // mean of the predictions while held out, by the folds' own selections
+  std::size_t timesHeldOut = 0;
+  std::size_t fold = 0;  // from 1, when held out once
 };
 
 struct SelectedDescriptor {
@@ -127,6 +132,7 @@ struct Regression {
   std::vector<RegressionRow> rows;        // the model's in table order, then those only predicted
   double level = 0.95;
   double leverageLimit = 0;  // 3 (k + 1) / n
+  Model model;               // predicts new rows; can be saved
   std::vector<Remark> remarks;
 };
 

@@ -41,6 +41,7 @@ class STUDYSTATS_API Table {
   std::vector<TableColumn> columns{};  // in the file's order, names unique
   char delimiter = ',';                // as found
   char decimal = '.';
+  std::string digest{};           // of the bytes read, SHA-256 in hexadecimal digits; only when asked for
   std::vector<Remark> remarks{};  // what the reader noticed
 
   std::size_t rows() const;
@@ -51,6 +52,7 @@ struct ReadOptions {
   char delimiter = '\0';                 // '\0': detected among comma, semicolon, tab and |
   char decimal = '\0';                   // '\0': detected, point or comma
   std::vector<std::string> missingAs{};  // further texts that mean missing
+  bool digest = false;                   // also takes the digest of the bytes
   std::vector<std::string> asText{};     // columns whose cells are kept as written even if numbers (classes, row names)
   ProgressCallback progress{};
   StopSignal stop{};

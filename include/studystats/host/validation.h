@@ -34,7 +34,7 @@ class Result {
 
 // How rows are held out. Systematic groups are dealt along the ascending response, so that each spans its range.
 struct Folds {
-  enum class Kind { LeaveOneOut, Systematic, Random };
+  enum class Kind { LeaveOneOut, Systematic, Random, Column };
   struct Draws {
     int draws = 100;       // how often a training set is drawn
     double heldOut = 0.2;  // share of the rows that each draw holds out
@@ -44,11 +44,14 @@ struct Folds {
   Draws draws{};          // of Random
   std::int32_t seed = 1;  // of Random: 0 ... 161803398; the same seed draws the same rows
 
+  std::string column{};  // of Column: rows with the same text in it are held out together
+
   static Folds leaveOneOut() { return {.kind = Kind::LeaveOneOut}; }
   static Folds systematic(int groups) { return {.kind = Kind::Systematic, .groups = groups}; }
   static Folds random(Draws draws, std::int32_t seed = 1) {
     return {.kind = Kind::Random, .draws = draws, .seed = seed};
   }
+  static Folds byColumn(std::string name) { return {.kind = Kind::Column, .column = std::move(name)}; }
 };
 
 // The folds as they were run.
@@ -58,6 +61,7 @@ struct FoldPlan {
   std::size_t smallest = 0;  // rows held out in the smallest and in the largest fold
   std::size_t largest = 0;
   std::int32_t seed = 1;
+  std::string column{};  // that said which rows go together; else empty
 };
 
 }  // namespace studystats
