@@ -1,0 +1,347 @@
+// Partial least squares of a table: preparation, the analysis, the number of components, and what its rows are worth.
+//
+// The analysis is given the model's rows alone, their means 0; others are predicted with the equation afterwards. Sums
+// of squares come back in the block's units and are shown in those of the responses.
+#include "host/limits.h"
+#include "host/mlr/regression_call.h"
+#include "host/model/model_build.h"
+#include "host/pls/held_out.h"
+#include "host/pls/latent_structure.h"
+#include "host/pls/pls.h"
+#include "host/text.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numeric>
+
+namespace studystats {
+namespace {
+
+constexpr double kMostWork = 4e9;  // multiplications that the centring within folds may cost, a second or two
+
+[[noreturn]] void refuseNonConvergence(const PreparedPls& prepared, const PlsCall& call, Watch& watch) {
+  std::size_t component = call.completed() + 1;
+  std::string where;
+  if (call.foldsBegun > 0) {
+    const FoldPlan plan = planOf(call.foldsPlanned, prepared.folds, prepared.block.rows);
+    const RowsOfFolds folds(prepared.folds, plan, call.order);
+    component = failingComponent(prepared, folds[static_cast<std::size_t>(call.foldsBegun - 1)], watch);
+    where = fmt::format(" in fold {} of {}", call.foldsBegun, call.foldsPlanned);
+  }
+  throw NotComputed(
+      fmt::format("component {} did not converge in 1000 passes{}: its responses pull it two ways equally. "
+                  "Try {}fewer --response columns, or one at a time.",
+                  component, where, component > 1 ? fmt::format("--components {}, ", component - 1) : std::string()));
+}
+
+// Figures of each number of components for one response, in its unit.
+std::vector<PlsFigures> figuresOf(const PlsCall& call, std::size_t k, double scale, double n) {
+  std::vector<PlsFigures> figures;
+  const double square = scale * scale;
+  for (std::size_t a = 0; a < call.components; ++a) {
+    PlsFigures one;
+    one.rss = call.rss[call.at(a, k)] * square;
+    one.press = call.press[call.at(a, k)] * square;
+    const double before = a == 0 ? call.tss[k] : call.rss[call.at(a - 1, k)];
+    one.ratio = before > 0 ? std::sqrt(call.press[call.at(a, k)] / before) : 0;
+    one.r2 = call.tss[k] > 0 ? 1 - call.rss[call.at(a, k)] / call.tss[k] : 0;
+    one.q2 = call.tss[k] > 0 ? 1 - call.press[call.at(a, k)] / call.tss[k] : 0;
+    one.rmse = std::sqrt(one.rss / n);
+    one.crossValidatedRmse = std::sqrt(one.press / n);
+    figures.push_back(one);
+  }
+  return figures;
+}
+
+// Where PRESS as a share of each response's sum of squares is least, summed over responses; the smaller number of ties.
+std::size_t leastPress(const PlsCall& call) {
+  std::size_t best = 0;
+  double least = std::numeric_limits<double>::infinity();
+  for (std::size_t a = 0; a < call.components; ++a) {
+    double sum = 0;
+    for (std::size_t k = 0; k < call.responses; ++k)
+      if (call.tss[k] > 0) sum += call.press[call.at(a, k)] / call.tss[k];
+    if (sum < least) {
+      least = sum;
+      best = a;
+    }
+  }
+  return best + 1;
+}
+
+std::size_t keptOf(const PlsCall& call, const ComponentChoice& choice) {
+  if (choice.kind == ComponentChoice::Kind::Minimum) return leastPress(call);
+  if (choice.kind == ComponentChoice::Kind::Number)
+    return std::min(static_cast<std::size_t>(choice.number), call.components);
+  // The leading components whose root of PRESS(a) / RSS(a - 1) is within the limit for some response; one at least.
+  for (std::size_t a = 0; a < call.components; ++a) {
+    bool passes = false;
+    for (std::size_t k = 0; k < call.responses; ++k) {
+      const double before = a == 0 ? call.tss[k] : call.rss[call.at(a - 1, k)];
+      const double ratio = before > 0 ? std::sqrt(call.press[call.at(a, k)] / before) : 0;
+      passes = passes || ratio <= static_cast<double>(static_cast<float>(choice.limit));
+    }
+    if (!passes) return std::max<std::size_t>(a, 1);
+  }
+  return call.components;
+}
+
+PlsResponse responseResult(const PreparedPls& prepared, const PlsCall& call, std::size_t k, std::size_t kept,
+                           const std::string& name) {
+  const std::size_t p = call.descriptors;
+  PlsResponse response;
+  response.name = name;
+  response.mean = prepared.means[p + k];
+  response.sd = sampleSd(prepared.responses[k]);
+  response.components = figuresOf(call, k, prepared.scales[p + k], static_cast<double>(prepared.block.rows));
+  response.constant = call.intercepts[call.at(kept - 1, k)];
+  for (std::size_t j = 0; j < p; ++j) {
+    response.coefficients.push_back(call.coefficient(j, kept - 1, k));
+    response.coefficientErrors.push_back(call.error(j, kept - 1, k));
+    response.preparedCoefficients.push_back(call.coefficient(j, kept - 1, k) * prepared.scales[j] /
+                                            prepared.scales[p + k]);
+  }
+  return response;
+}
+
+// A row of a prepared grid with the block's means, which differ from the preparation's where that leaves a mean.
+std::vector<double> blockRow(const PreparedPls& prepared, const Grid& grid, std::size_t row) {
+  const UsedData& used = prepared.data.used;
+  std::vector<double> values;
+  for (std::size_t j = 0; j < grid.columns; ++j)
+    values.push_back(grid(row, j) - (prepared.means[j] - used.shift[j]) / used.scale[j]);
+  return values;
+}
+
+PlsRow placedRow(const PartialLeastSquares& result, const PreparedPls& prepared, const LatentStructure& structure,
+                 const std::vector<double>& values, const BlockRow& source, Role role) {
+  const auto kept = static_cast<std::size_t>(result.kept);
+  PlsRow row;
+  row.name = source.name;
+  row.role = role;
+  for (std::size_t k = 0; k < result.responses.size(); ++k) {
+    const PlsResponse& response = result.responses[k];
+    row.observed.push_back(responseOf(source, response.name));
+    const double sum = std::inner_product(values.begin(), values.end(), response.preparedCoefficients.begin(), 0.0);
+    row.fitted.push_back(response.mean + prepared.scales[values.size() + k] * sum);
+  }
+  row.scores = structure.scoresOf(values);
+  row.t2 = structure.t2(row.scores, kept);
+  row.q = structure.residual(values, row.scores, kept);
+  row.scores.resize(std::min(row.scores.size(), kept));
+  return row;
+}
+
+void placeRows(PartialLeastSquares& result, const PreparedPls& prepared, const LatentStructure& structure,
+               Watch& watch) {
+  const Prepared& data = prepared.data;
+  std::vector<double> residuals;
+  double total = 0;
+  for (std::size_t i = 0; i < data.modelRows.size(); ++i) {
+    std::vector<double> values;
+    for (std::size_t j = 0; j < data.model.columns; ++j) values.push_back(prepared.block(i, j));
+    result.rows.push_back(placedRow(result, prepared, structure, values, data.modelRows[i], Role::Model));
+    residuals.push_back(result.rows.back().q);
+    total += std::inner_product(values.begin(), values.end(), values.begin(), 0.0);
+    if (i % 1024 == 0) watch.check();
+  }
+  for (std::size_t i = 0; i < data.predictedRows.size(); ++i)
+    result.rows.push_back(placedRow(result, prepared, structure, blockRow(prepared, data.predicted, i),
+                                    data.predictedRows[i], Role::Predicted));
+  const auto n = static_cast<double>(data.modelRows.size());
+  result.t2Limit = t2LimitOf(
+      static_cast<double>(std::min<std::size_t>(structure.components(), static_cast<std::size_t>(result.kept))), n,
+      result.level);
+  result.qLimit = qLimitOf(residuals, total / n, result.level);
+}
+
+void judgePredictions(PartialLeastSquares& result) {
+  for (std::size_t k = 0; k < result.responses.size(); ++k) {
+    PlsPredicted predicted;
+    double squares = 0, sum = 0;
+    for (const PlsRow& row : result.rows) {
+      if (row.role != Role::Predicted || !row.observed[k]) continue;
+      const double error = row.fitted[k] - *row.observed[k];
+      ++predicted.rows;
+      squares += error * error;
+      sum += error;
+    }
+    if (predicted.rows == 0) continue;
+    predicted.rmse = std::sqrt(squares / static_cast<double>(predicted.rows));
+    predicted.bias = sum / static_cast<double>(predicted.rows);
+    result.responses[k].predicted = predicted;
+  }
+}
+
+void addHeldOut(PartialLeastSquares& result, const PlsHeldOut& heldOut) {
+  const auto components = static_cast<std::size_t>(result.computed);
+  for (std::size_t i = 0; i < heldOut.rows.size(); ++i) {
+    PlsRow& row = result.rows[i];
+    const std::vector<PlsHeldOut::Prediction>& predictions = heldOut.rows[i];
+    row.timesHeldOut = predictions.size();
+    if (predictions.empty()) continue;
+    if (predictions.size() == 1) row.fold = predictions.front().fold;
+    for (std::size_t k = 0; k < result.responses.size(); ++k) {
+      row.heldOut.emplace_back(components, 0.0);
+      for (const PlsHeldOut::Prediction& prediction : predictions)
+        for (std::size_t a = 0; a < components; ++a) row.heldOut[k][a] += prediction.values[a + k * components];
+      for (double& value : row.heldOut[k]) value /= static_cast<double>(predictions.size());
+    }
+  }
+}
+
+// What q2 would be with every fold centred on its own training rows: the share that the common centring hides.
+void addCentredInside(PartialLeastSquares& result, const PreparedPls& prepared, const PlsCall& call, Watch& watch) {
+  const double work =
+      4.0 * static_cast<double>(prepared.block.values.size()) * result.kept * static_cast<double>(result.plan.folds);
+  if (work > kMostWork) return;
+  const PlsHeldOut inside =
+      plsHeldOut(prepared, result.plan, call.order, result.kept, FoldCentring::WithinFold, watch, 90, 98);
+  for (std::size_t k = 0; k < result.responses.size(); ++k) {
+    double press = 0;
+    std::size_t predictions = 0;
+    for (std::size_t i = 0; i < inside.rows.size(); ++i)
+      for (const PlsHeldOut::Prediction& prediction : inside.rows[i]) {
+        const std::size_t last = static_cast<std::size_t>(result.kept) * (k + 1) - 1;
+        const double error = prediction.values[last] - prepared.responses[k][i];
+        press += error * error;
+        ++predictions;
+      }
+    const double scale = prepared.scales[call.descriptors + k];
+    const double weight =
+        static_cast<double>(inside.rows.size()) / static_cast<double>(std::max<std::size_t>(1, predictions));
+    if (predictions > 0) result.responses[k].centredInsideQ2 = 1 - weight * press / (call.tss[k] * scale * scale);
+  }
+}
+
+Grid gridOf(std::size_t rows, std::size_t columns, const auto& column) {
+  Grid grid{rows, columns, {}};
+  for (std::size_t a = 0; a < columns; ++a) {
+    const std::vector<double>& values = column(a);
+    grid.values.insert(grid.values.end(), values.begin(), values.end());
+  }
+  return grid;
+}
+
+void addStructure(PartialLeastSquares& result, const LatentStructure& structure, const PlsCall& call) {
+  const auto kept = std::min(static_cast<std::size_t>(result.kept), structure.components());
+  for (std::size_t a = 0; a < structure.components(); ++a) result.explained.push_back(structure.explained(a));
+  result.weights = gridOf(
+      call.descriptors, kept, [&](std::size_t a) -> const auto& { return structure.weights(a); });
+  result.loadings = gridOf(
+      call.descriptors, kept, [&](std::size_t a) -> const auto& { return structure.loadings(a); });
+  result.responseLoadings = gridOf(
+      call.responses, kept, [&](std::size_t a) -> const auto& { return structure.responseLoadings(a); });
+  result.vip = structure.vip(call, kept);
+}
+
+PlsModelResponse modelResponse(const PartialLeastSquares& result, const PreparedPls& prepared, const PlsCall& call,
+                               std::size_t k) {
+  const std::size_t p = call.descriptors;
+  PlsModelResponse response{prepared.means[p + k], prepared.scales[p + k], {p, call.components, {}}, {}, {}, {}, {}};
+  for (std::size_t a = 0; a < call.components; ++a) {
+    for (std::size_t j = 0; j < p; ++j)
+      response.coefficients.values.push_back(call.coefficient(j, a, k) * prepared.scales[j] / prepared.scales[p + k]);
+    const PlsFigures& figures = result.responses[k].components[a];
+    response.r2.push_back(figures.r2);
+    response.q2.push_back(figures.q2);
+    response.rmse.push_back(figures.rmse);
+    response.crossValidatedRmse.push_back(figures.crossValidatedRmse);
+  }
+  return response;
+}
+
+Model modelOf(const PartialLeastSquares& result, const PreparedPls& prepared, const PlsCall& call,
+              const LatentStructure& structure) {
+  std::vector<std::size_t> all(call.descriptors);
+  std::iota(all.begin(), all.end(), std::size_t{0});
+  ModelData data = modelOf(Model::Kind::PartialLeastSquares, result.used, all, result.level);
+  for (std::size_t j = 0; j < all.size(); ++j) data.descriptors[j].shift = prepared.means[j];  // mean 0 in the block
+  data.components = static_cast<std::size_t>(result.kept);
+  data.validation.scheme = describedFolds(result.plan);
+  const std::size_t components = structure.components();
+  PlaneModel plane;
+  plane.centre.assign(call.descriptors, 0.0);
+  plane.offsets.assign(components, 0.0);
+  plane.rotations = gridOf(
+      call.descriptors, components, [&](std::size_t a) -> const auto& { return structure.rotation(a); });
+  plane.loadings = gridOf(
+      call.descriptors, components, [&](std::size_t a) -> const auto& { return structure.loadings(a); });
+  for (const auto& [mean, variance] : structure.residualMoments(prepared)) {
+    plane.qMeans.push_back(mean);
+    plane.qVariances.push_back(variance);
+  }
+  for (std::size_t a = 0; a < components; ++a) plane.variances.push_back(structure.variance(a));
+  plane.explained = result.explained;
+  data.plane = std::move(plane);
+  for (std::size_t k = 0; k < call.responses; ++k) {
+    data.responses.push_back(result.responses[k].name);
+    data.pls.push_back(modelResponse(result, prepared, call, k));
+  }
+  return sealed(std::move(data));
+}
+
+}  // namespace
+
+bool outsideDomain(const PartialLeastSquares& result, const PlsRow& row) {
+  return (result.t2Limit && row.t2 > *result.t2Limit) || (result.qLimit && row.q > *result.qLimit);
+}
+
+PartialLeastSquares partialLeastSquares(const TableView& table, const PartialLeastSquaresOptions& options) try {
+  Watch watch(options.progress, options.stop);
+  watch.report("preparing", "preparing the table", 0, 2, 0, 1);
+  const PreparedPls prepared = preparePls(table, options, watch);
+
+  PartialLeastSquares result;
+  result.used = prepared.data.used;
+  result.remarks = prepared.data.remarks;
+  result.choice = options.choice;
+  result.level = options.level;
+  result.computed = prepared.components;
+
+  // 1. The model and its validation.
+  const bool byColumn = prepared.folds.kind == Folds::Kind::Column;
+  PlsCall call = callPls({.block = prepared.block,
+                          .descriptors = prepared.descriptors(),
+                          .means = prepared.means,
+                          .scales = prepared.scales,
+                          .components = prepared.components,
+                          .keepAll = options.choice.kind != ComponentChoice::Kind::Ratio || byColumn,
+                          .ratioLimit = options.choice.limit,
+                          .folds = settingsOf(prepared.folds)},
+                         prepared.folds.seed, watch, "fold ", 2, 50);
+  if (byColumn && call.status == 0) validatePlsByColumn(call, prepared, watch, 10, 50);
+  if (call.status == 2) refuseNonConvergence(prepared, call, watch);
+  if (call.status != 0) throw NotComputed(fmt::format("no component could be computed (status {}).", call.status));
+  result.plan = planOf(call.foldsPlanned, prepared.folds, prepared.block.rows);
+
+  // 2. How many components, and what they say.
+  const std::size_t kept = keptOf(call, options.choice);
+  if (options.choice.kind == ComponentChoice::Kind::Ratio && !byColumn && kept != call.kept())
+    throw NotComputed("the number of components kept differs from the analysis's own.");
+  result.kept = static_cast<int>(kept);
+  for (std::size_t k = 0; k < call.responses; ++k)
+    result.responses.push_back(responseResult(prepared, call, k, kept, options.responses[k]));
+  const LatentStructure structure(prepared, call, call.components);
+  addStructure(result, structure, call);
+
+  // 3. The rows: in the model, kept out, held out.
+  placeRows(result, prepared, structure, watch);
+  judgePredictions(result);
+  if (options.heldOutRows)
+    addHeldOut(result, plsHeldOut(prepared, result.plan, call.order, prepared.components, FoldCentring::AllRows, watch,
+                                  55, 90));
+  addCentredInside(result, prepared, call, watch);
+
+  result.model = modelOf(result, prepared, call, structure);
+  remarkOnPls(result);
+  watch.report("analysis", "done", 98, 100, 1, 1);
+  return result;
+} catch (const std::bad_alloc&) {
+  throw OutOfMemory(fmt::format("not enough memory to analyse {}.", table.name()));
+}
+
+}  // namespace studystats

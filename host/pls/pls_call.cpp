@@ -1,0 +1,194 @@
+#include "host/pls/pls_call.h"
+
+#include "host/mlr/regression_call.h"
+#include "host/monitor.h"
+#include "host/preparation/same_information.h"
+#include "host/text.h"
+
+#include <fmt/format.h>
+#include <studystats/analyses.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numeric>
+#include <set>
+
+namespace studystats {
+namespace {
+
+constexpr double kUnset = std::numeric_limits<double>::quiet_NaN();
+constexpr int kDefaultComponents = 10;
+
+void checkOptions(const PartialLeastSquaresOptions& options) {
+  const auto refuse = [](const std::string& option, const std::string& text) {
+    throw BadOptions(text, {.option = option});
+  };
+  if (options.responses.empty()) refuse("--response", "--response NAME is missing: which columns are to be modelled?");
+  std::set<std::string> seen;
+  for (const std::string& name : options.responses)
+    if (!seen.insert(name).second) refuse("--response", fmt::format("--response names {} twice.", name));
+  if (options.components < 0)
+    refuse("--components",
+           fmt::format("--components {} is not a number of components; it counts from 1.", options.components));
+  if (options.choice.kind == ComponentChoice::Kind::Ratio && !(options.choice.limit > 0))
+    refuse("--choose", fmt::format("--choose ratio={} is not a ratio above 0, such as 0.95.", options.choice.limit));
+  if (options.choice.kind == ComponentChoice::Kind::Number && options.choice.number < 1)
+    refuse("--choose", fmt::format("--choose {} keeps nothing; it counts from 1.", options.choice.number));
+  if (!(options.level > 0 && options.level < 1))
+    refuse("--level", fmt::format("--level {} is not a probability between 0 and 1, such as 0.95.", options.level));
+  checkFolds(options.folds);
+}
+
+double meanOf(std::span<const double> values) {
+  return std::accumulate(values.begin(), values.end(), 0.0) / static_cast<double>(values.size());
+}
+
+// Appends a column to the block with mean 0; `shift` and `scale` are what it was prepared with before.
+void addCentred(PreparedPls& prepared, std::span<const double> column, double shift, double scale) {
+  const double mean = meanOf(column);
+  for (const double value : column) prepared.block.values.push_back(value - mean);
+  ++prepared.block.columns;
+  prepared.means.push_back(shift + scale * mean);
+  prepared.scales.push_back(scale);
+}
+
+bool leavesAMean(Scaling scaling) { return scaling == Scaling::Range || scaling == Scaling::None; }
+
+// Descriptors as prepared, but with mean 0 whatever the scaling; responses centred, and autoscaled when the descriptors
+// are.
+void fillBlock(PreparedPls& prepared, Scaling scaling) {
+  const Prepared& data = prepared.data;
+  prepared.block.rows = data.model.rows;
+  for (std::size_t j = 0; j < data.model.columns; ++j) {
+    const std::span<const double> column = data.model.column(j);
+    if (leavesAMean(scaling)) {
+      addCentred(prepared, column, data.used.shift[j], data.used.scale[j]);
+      continue;
+    }
+    prepared.block.values.insert(prepared.block.values.end(), column.begin(), column.end());
+    ++prepared.block.columns;
+    prepared.means.push_back(data.used.shift[j]);
+    prepared.scales.push_back(data.used.scale[j]);
+  }
+  for (const std::vector<double>& response : prepared.responses) {
+    const double scale = scaling == Scaling::Autoscale ? sampleSd(response) : 1;
+    const double mean = meanOf(response);
+    for (const double value : response) prepared.block.values.push_back((value - mean) / scale);
+    ++prepared.block.columns;
+    prepared.means.push_back(mean);
+    prepared.scales.push_back(scale);
+  }
+}
+
+void requireEnough(const PreparedPls& prepared, const TableView& table, const PartialLeastSquaresOptions& options) {
+  const std::size_t n = prepared.data.modelRows.size();
+  if (n < 3)
+    throw NotComputed(fmt::format("too few rows: partial least squares needs at least 3 with {}, and {} of {} {} left.",
+                                  options.responses.size() == 1 ? "a response" : "every response", n, table.rows(),
+                                  n == 1 ? "is" : "are"));
+  if (prepared.data.used.descriptors.empty())
+    throw NotComputed(
+        fmt::format("no descriptor is left: {} has {}, and none of them is numeric, varies over the rows and "
+                    "is free of another use. studystats describe shows why.",
+                    table.name(), counted(table.columns().size(), "column", "columns")));
+  for (std::size_t k = 0; k < prepared.responses.size(); ++k)
+    if (isConstant(prepared.responses[k]))
+      throw NotComputed(fmt::format("{} is {} in every row of the model: there is nothing to explain.",
+                                    options.responses[k], exact(prepared.responses[k].front())));
+}
+
+// Rows and columns support min(p, n - 1) components, and a fold no more than its training rows.
+void setComponents(PreparedPls& prepared, const PartialLeastSquaresOptions& options) {
+  const std::size_t n = prepared.data.modelRows.size();
+  const std::size_t held = prepared.folds.kind == Folds::Kind::LeaveOneOut ? 1
+                           : prepared.folds.kind == Folds::Kind::Systematic
+                               ? (n - 1) / static_cast<std::size_t>(prepared.folds.groups) + 1
+                               : planOf(1, prepared.folds, n).largest;
+  const auto most = static_cast<int>(std::min({prepared.descriptors(), n - 1, n - held}));
+  int wanted = options.components;
+  if (options.choice.kind == ComponentChoice::Kind::Number) wanted = std::max(wanted, options.choice.number);
+  prepared.components = std::min(wanted == 0 ? kDefaultComponents : wanted, most);
+  if (prepared.components < wanted)
+    prepared.data.remarks.push_back(
+        {Severity::Note,
+         "components-lowered",
+         fmt::format("{} components were lowered to {}, the most that {} and {} can support in every fold.", wanted,
+                     most, counted(n, "row", "rows"), counted(prepared.descriptors(), "descriptor", "descriptors")),
+         {}});
+}
+
+}  // namespace
+
+PreparedPls preparePls(const TableView& table, const PartialLeastSquaresOptions& options, Watch& watch) {
+  checkOptions(options);
+  for (const std::string& response : options.responses) requireNumeric(table, response, "--response");
+  PreparedPls prepared;
+  prepared.data = prepare(
+      table, {.responses = options.responses, .foldColumn = options.folds.column, .predictWithoutResponse = true},
+      options.data, watch);
+  for (const std::string& response : options.responses) {
+    prepared.responses.emplace_back();
+    for (const BlockRow& row : prepared.data.modelRows) prepared.responses.back().push_back(*responseOf(row, response));
+  }
+  requireEnough(prepared, table, options);
+  prepared.folds = foldsThatCanRun(options.folds, labelsOf(prepared.data.modelRows, options.folds.column),
+                                   prepared.data.used.rows, prepared.data.remarks);
+  fillBlock(prepared, options.data.scaling);
+  setComponents(prepared, options);
+  return prepared;
+}
+
+std::size_t PlsCall::kept() const {
+  std::size_t count = 0;
+  while (count < components && !std::isnan(ratios[count])) ++count;
+  return count;
+}
+
+std::size_t PlsCall::completed() const {
+  std::size_t count = 0;
+  while (count < components && !std::isnan(rss[count])) ++count;
+  return count;
+}
+
+PlsCall callPls(const PlsRequest& request, std::int32_t seed, Watch& watch, const std::string& text, double from,
+                double to) {
+  const std::int32_t n = count32(request.block.rows), m = count32(request.block.columns);
+  const std::int32_t p = count32(request.descriptors), q = m - p, components = request.components;
+  const bool scaled = !request.scales.empty();
+  PlsCall call;
+  call.descriptors = request.descriptors;
+  call.components = static_cast<std::size_t>(components);
+  call.responses = static_cast<std::size_t>(q);
+  const std::size_t perPair = call.components * call.responses;
+  for (auto* perDescriptor : {&call.coefs, &call.errors}) perDescriptor->assign(call.descriptors * perPair, kUnset);
+  for (auto* figure : {&call.ratios, &call.rss, &call.press, &call.intercepts}) figure->assign(perPair, kUnset);
+  call.tss.assign(call.responses, kUnset);
+  call.order.assign(request.block.rows, 0);
+  std::vector<double> q2(perPair, kUnset), r2(perPair, kUnset), fitted(request.block.rows * call.responses, kUnset);
+  std::vector<double> scales = scaled ? request.scales : std::vector<double>(request.block.columns, 1.0);
+  const std::vector<double> means = scaled ? request.means : std::vector<double>(request.block.columns, 0.0);
+  const std::vector<std::int32_t> tags(2 * request.block.rows, 0), use(request.block.rows, 1);
+  std::int32_t goOn = 1;
+
+  HostMonitor monitor(watch, "folds", text, from, to);
+  const ValidatingAlone alone(seed);
+  PlsAnl(request.block.values.data(), tags.data(), call.order.data(), use.data(), n, m, /*reserved*/ 0, scales.data(),
+         means.data(), /*reserved*/ nullptr, q, p, request.keepAll ? 1 : 0, static_cast<float>(request.ratioLimit),
+         components, scaled ? 1 : 0, request.folds.method, request.folds.groups, request.folds.fraction,
+         call.coefs.data(), call.errors.data(), call.ratios.data(), q2.data(), r2.data(), call.rss.data(),
+         call.tss.data(), call.intercepts.data(), fitted.data(), call.press.data(), &call.status, monitor.monitor(),
+         &goOn);
+  monitor.rethrow();
+  if (call.status == 999) throw Stopped();
+  if (call.status == 5)
+    throw OutOfMemory(fmt::format("not enough memory for partial least squares of {} x {} numbers and {} components.",
+                                  n, m, components));
+  if (monitor.reports() > 0) {
+    call.foldsBegun = monitor.current();
+    call.foldsPlanned = monitor.total();
+  }
+  return call;
+}
+
+}  // namespace studystats
