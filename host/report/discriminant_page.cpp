@@ -1,0 +1,500 @@
+// A discriminant analysis as a page: how many rows left out are put into the right class, and where the classes lie.
+#include "host/distributions.h"
+#include "host/folds.h"
+#include "host/report/components.h"
+#include "host/report/data.h"
+#include "host/report/page_parts.h"
+#include "host/report/selection.h"
+#include "host/text.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numbers>
+
+namespace studystats {
+namespace {
+
+bool selects(const Discriminant& result) { return result.selection.kind != ClassSelection::Kind::All; }
+
+std::size_t functionsOf(const Discriminant& result) { return result.functions.size(); }
+
+std::string ofText(std::size_t part, std::size_t whole) { return fmt::format("{} of {}", part, whole); }
+
+std::string foldText(const Discriminant& result) {
+  return describedFolds(result.plan) + (selects(result) ? ", selection repeated in each" : ", refitted in each");
+}
+
+std::string answerOf(const Discriminant& result) {
+  if (!result.validation)
+    return fmt::format("How well these classes of {} are told apart is not known: it was not validated.",
+                       result.classColumn);
+  const Confusion& found = result.validation->confusion;
+  std::string text = fmt::format("{} of rows left out are put into the right class of {} ({})",
+                                 percent(found.fraction()), result.classColumn, ofText(found.correct(), found.total()));
+  const auto share = [](const DiscriminantClass& one) {
+    return one.heldOut > 0 ? static_cast<double>(one.heldOutCorrect) / static_cast<double>(one.heldOut) : 1.0;
+  };
+  const auto hardest = std::min_element(result.classes.begin(), result.classes.end(),
+                                        [&](const auto& a, const auto& b) { return share(a) < share(b); });
+  if (found.correct() == found.total()) return text + ".";
+  return text +
+         fmt::format("; {} is the hardest, with {}.", hardest->name, ofText(hardest->heldOutCorrect, hardest->heldOut));
+}
+
+ReportFrame frameOf(const Discriminant& result) {
+  ReportFrame frame{{"correct", "fitted", "cross-validated"}, {}};
+  const bool validated = static_cast<bool>(result.validation);
+  frame.rows.push_back(
+      {selects(result) ? fmt::format("{} descriptors chosen", result.chosen.size()) : "all descriptors",
+       percent(result.fitted.fraction()),
+       validated ? percent(result.validation->confusion.fraction()) : "not validated"});
+  if (validated && result.allDescriptors)
+    frame.rows.push_back({fmt::format("all {} descriptors, for comparison", result.used.descriptors.size()), "",
+                          percent(result.allDescriptors->fraction())});
+  return frame;
+}
+
+// The verdict on a row left out, by which it is marked.
+std::string verdictOf(const DiscriminantRow& row) {
+  if (row.role == Role::Predicted) return "kept out";
+  if (row.heldOutClass.empty()) return "never left out";
+  return row.heldOutClass == row.known ? "right when left out" : "wrong when left out";
+}
+
+std::size_t classNumber(const Discriminant& result, const std::string& name) {
+  const auto found = std::find_if(result.classes.begin(), result.classes.end(),
+                                  [&](const DiscriminantClass& one) { return one.name == name; });
+  return static_cast<std::size_t>(found - result.classes.begin());
+}
+
+// The distance to the mean of its own class, or of the class predicted where none is known; and to the nearest other.
+double ownDistance(const Discriminant& result, const DiscriminantRow& row) {
+  const std::size_t own = classNumber(result, row.known.empty() ? row.predicted : row.known);
+  return own < row.distances.size() ? row.distances[own] : std::numeric_limits<double>::quiet_NaN();
+}
+
+double otherDistance(const Discriminant& result, const DiscriminantRow& row) {
+  const std::size_t own = classNumber(result, row.known.empty() ? row.predicted : row.known);
+  double least = std::numeric_limits<double>::infinity();
+  for (std::size_t c = 0; c < row.distances.size(); ++c)
+    if (c != own) least = std::min(least, row.distances[c]);
+  return least;
+}
+
+Table rowsOf(const Discriminant& result, const ColouringColumns& colours) {
+  using Row = const DiscriminantRow*;
+  const auto rows = shown(result.rows);
+  ReportData data = rowData(result.rows);
+  data.texts("known", rows, [](Row row) { return row->known; })
+      .texts("group", rows, [](Row row) { return row->known.empty() ? "unknown" : row->known; })
+      .texts("heldOutClass", rows, [](Row row) { return row->heldOutClass; })
+      .texts("verdict", rows, [](Row row) { return verdictOf(*row); })
+      .texts("predicted", rows, [](Row row) { return row->predicted; })
+      .texts("next", rows, [](Row row) { return row->next; })
+      .numbers("own", rows, [&](Row row) { return ownDistance(result, *row); })
+      .numbers("other", rows, [&](Row row) { return otherDistance(result, *row); })
+      .numbers("posterior", rows, [&](Row row) { return row->posteriors[classNumber(result, row->predicted)]; })
+      .numbers("fold", rows,
+               [](Row row) { return row->fold > 0 ? std::optional(static_cast<double>(row->fold)) : std::nullopt; });
+  for (std::size_t k = 0; k < functionsOf(result); ++k)
+    data.numbers(fmt::format("score{}", k + 1), rows, [k](Row row) { return row->scores[k]; });
+  Table table = data.take();
+  table.columns.insert(table.columns.end(), colours.columns.begin(), colours.columns.end());
+  return table;
+}
+
+Table confusionOf(const Discriminant& result) {
+  struct Cell {
+    const char* kind;
+    const Confusion* counts;
+    std::size_t truth, predicted;
+  };
+  std::vector<Cell> cells;
+  const auto add = [&](const char* kind, const Confusion& counts) {
+    for (std::size_t t = 0; t < counts.classes; ++t)
+      for (std::size_t p = 0; p < counts.classes; ++p) cells.push_back({kind, &counts, t, p});
+  };
+  if (result.validation) add("cross-validated", result.validation->confusion);
+  add("resubstitution (fitted)", result.fitted);
+  using One = const Cell&;
+  const auto share = [](One one) {
+    std::size_t whole = 0;
+    for (std::size_t p = 0; p < one.counts->classes; ++p) whole += (*one.counts)(one.truth, p);
+    return whole > 0 ? static_cast<double>((*one.counts)(one.truth, one.predicted)) / static_cast<double>(whole) : 0.0;
+  };
+  ReportData data("confusion");
+  data.texts("kind", cells, [](One one) { return one.kind; })
+      .texts("truth", cells, [&](One one) { return result.classes[one.truth].name; })
+      .texts("predicted", cells, [&](One one) { return result.classes[one.predicted].name; })
+      .numbers("rows", cells, [](One one) { return (*one.counts)(one.truth, one.predicted); })
+      .numbers("share", cells, share)
+      .texts("right", cells, [](One one) { return one.truth == one.predicted ? "right" : "wrong"; });
+  return data.take();
+}
+
+Table classesOf(const Discriminant& result) {
+  using Class = const DiscriminantClass&;
+  const bool validated = static_cast<bool>(result.validation);
+  const auto share = [](std::size_t part, std::size_t whole) {
+    return whole > 0 ? std::optional(static_cast<double>(part) / static_cast<double>(whole)) : std::nullopt;
+  };
+  ReportData data("classes");
+  data.texts("group", result.classes, [](Class one) { return one.name; })
+      .numbers("rows", result.classes, [](Class one) { return one.rows; })
+      .texts("heldOut", result.classes,
+             [&](Class one) { return validated ? ofText(one.heldOutCorrect, one.heldOut) : std::string(); })
+      .numbers("heldOutShare", result.classes,
+               [&](Class one) { return validated ? share(one.heldOutCorrect, one.heldOut) : std::nullopt; })
+      .texts("fitted", result.classes, [](Class one) { return ofText(one.fittedCorrect, one.rows); })
+      .numbers("fittedShare", result.classes, [&](Class one) { return share(one.fittedCorrect, one.rows); })
+      .numbers("prior", result.classes, [](Class one) { return one.prior; });
+  for (std::size_t k = 0; k < functionsOf(result); ++k)
+    data.numbers(fmt::format("score{}", k + 1), result.classes, [k](Class one) { return one.scores[k]; });
+  return data.take();
+}
+
+// In canonical space the pooled covariance is 1: what holds a share `level` of a normal class is a circle.
+Table circlesOf(const Discriminant& result) {
+  constexpr std::size_t kPoints = 61;
+  struct Point {
+    const DiscriminantClass* of;
+    double angle;
+  };
+  std::vector<Point> points;
+  for (const DiscriminantClass& one : result.classes)
+    for (std::size_t i = 0; i < kPoints; ++i)
+      points.push_back({&one, 2 * std::numbers::pi * static_cast<double>(i) / static_cast<double>(kPoints - 1)});
+  const double radius = std::sqrt(chiSquareQuantile(result.level, 2));
+  ReportData data("circles");
+  data.texts("group", points, [](const Point& point) { return point.of->name; })
+      .numbers("angle", points, [](const Point& point) { return point.angle; })
+      .numbers("cos", points, [&](const Point& point) { return radius * std::cos(point.angle); })
+      .numbers("sin", points, [&](const Point& point) { return radius * std::sin(point.angle); });
+  for (std::size_t k = 0; k < functionsOf(result); ++k)
+    data.numbers(fmt::format("score{}", k + 1), points, [k](const Point& point) { return point.of->scores[k]; });
+  return data.take();
+}
+
+Table stepsOf(const Discriminant& result) {
+  using Step = const DiscriminantStep&;
+  const auto number = [&](Step step) { return static_cast<std::size_t>(&step - result.steps.data()) + 1; };
+  ReportData data("steps");
+  data.texts("key", result.steps, [](Step step) { return "d:" + step.descriptor; })
+      .numbers("step", result.steps, number)
+      .texts("descriptor", result.steps, [](Step step) { return step.descriptor; })
+      .texts("label", result.steps, [&](Step step) { return fmt::format("{} {}", number(step), step.descriptor); })
+      .numbers("fraction", result.steps, [](Step step) { return step.fraction; })
+      .numbers("distances", result.steps, [](Step step) { return step.distances; });
+  return data.take();
+}
+
+Table selectionOf(const Discriminant& result) {
+  std::vector<Choice> choices;
+  for (const ChosenDescriptor& one : result.descriptors)
+    if (one.chosen || one.foldsChosen > 0) choices.push_back({one.name, one.foldsChosen, one.chosen});
+  return selectionData(std::move(choices));
+}
+
+ReportFigure confusion(const Discriminant& result) {
+  const std::size_t classes = result.classes.size();
+  const int height = static_cast<int>(std::clamp<std::size_t>(classes * 44, 120, 460));
+  const Json x =
+      with(named("predicted", "put into"), "axis", {{"labelAngle", classes > 4 ? -40 : 0}, {"labelLimit", 100}});
+  const Json y = with(named("truth", "true class"), "axis", {{"labelLimit", 110}});
+  const Json tooltip = tips({{"truth", "true class", false},
+                             {"predicted", "put into", false},
+                             {"rows", "rows"},
+                             {"share", "share of the class"}});
+  Json cells{{"mark", {{"type", "rect"}, {"stroke", kPaper.light}, {"strokeWidth", 2}}},
+             {"encoding",
+              {{"x", x},
+               {"y", y},
+               {"color",
+                {{"field", "right"},
+                 {"type", "nominal"},
+                 {"title", nullptr},
+                 {"scale", {{"domain", {"right", "wrong"}}, {"range", {kStrong.light, kOther.light}}}},
+                 {"legend", nullptr}}},
+               {"opacity",
+                {{"field", "share"},
+                 {"type", "quantitative"},
+                 {"scale", {{"domain", {0, 1}}, {"range", {0.06, 0.85}}}},
+                 {"legend", nullptr}}},
+               {"tooltip", tooltip}}}};
+  Json counts{{"mark", {{"type", "text"}, {"fontSize", classes > 8 ? 10 : 14}}},
+              {"encoding",
+               {{"x", x}, {"y", y}, {"text", {{"field", "rows"}, {"type", "quantitative"}}}, {"tooltip", tooltip}}}};
+  counts["encoding"]["color"] = {{"condition", {{"test", "datum.share > 0.6"}, {"value", kPaper.light}}},
+                                 {"value", kInk.light}};
+  Json chart{
+      {"data", {{"name", "confusion"}}},
+      {"facet", {{"field", "kind"}, {"type", "nominal"}, {"title", nullptr}, {"sort", nullptr}}},
+      {"columns", 2},
+      {"spec", {{"width", 200}, {"height", height}, {"layer", Json::array({std::move(cells), std::move(counts)})}}},
+      {"usermeta", {{"panels", result.validation ? 2 : 1}, {"least", 150}, {"gap", 24}, {"margin", 90}}}};
+  return {"confusion", "Confusion",
+          fmt::format("Heat map of true against predicted class{}, for {} classes.",
+                      result.validation ? ", cross-validated and by resubstitution" : ", by resubstitution", classes),
+          "Each line is a true class, each cell the rows put into the class below. Cross-validated rows were left out; "
+          "resubstitution has seen them.",
+          finished(chart)};
+}
+
+ScorePlot scorePlot(const Discriminant& result) {
+  ScorePlot plot{.symbol = "score", .group = "group", .circles = "circles", .centres = "classes"};
+  for (std::size_t k = 0; k < functionsOf(result); ++k)
+    plot.titles.push_back(fmt::format("function {} ({})", k + 1, percent(result.functions[k].share)));
+  for (const DiscriminantClass& one : result.classes) plot.groups.push_back(one.name);
+  if (std::any_of(result.rows.begin(), result.rows.end(), [](const DiscriminantRow& row) { return row.known.empty(); }))
+    plot.groups.push_back("unknown");
+  plot.tooltip = tips({{"row", "row", false},
+                       {"known", "class", false},
+                       {"heldOutClass", "when left out", false},
+                       {"predicted", "fitted", false},
+                       {"posterior", "posterior"}});
+  return plot;
+}
+
+// One function alone: a line a class.
+Json scoreLines(const Discriminant& result) {
+  const ScorePlot plot = scorePlot(result);
+  Json names = Json::array(), colours = Json::array();
+  for (std::size_t g = 0; g < plot.groups.size(); ++g) {
+    names.push_back(plot.groups[g]);
+    colours.push_back(groupColour(g).light);
+  }
+  const Json colour{
+      {"field", "group"}, {"type", "nominal"}, {"scale", {{"domain", names}, {"range", colours}}}, {"legend", nullptr}};
+  const Json x = quantitative("score1", plot.titles.front()), y = named("group", "");
+  Json ticks{{"mark", {{"type", "tick"}, {"thickness", 2}, {"size", 30}}},
+             {"encoding", {{"x", x}, {"y", y}, {"color", colour}, {"tooltip", plot.tooltip}}}};
+  Json means{
+      {"data", {{"name", "classes"}}},
+      {"mark", {{"type", "point"}, {"size", 170}, {"stroke", kInk.light}, {"strokeWidth", 1.6}}},
+      {"encoding",
+       {{"x", x}, {"y", y}, {"color", colour}, {"tooltip", tips({{"group", "mean of", false}, {"score1", "score"}})}}}};
+  return lines("rows", 48, plot.groups.size(), Json::array({std::move(ticks), std::move(means)}));
+}
+
+ReportFigure scores(const Discriminant& result) {
+  const bool plane = functionsOf(result) > 1;
+  return {
+      "scores", "Canonical scores",
+      fmt::format("The canonical scores of {} rows, their classes marked, with the class means.", result.rows.size()),
+      plane ? fmt::format(
+                  "The directions in which the classes differ most. Large marks are class means; a circle holds {} "
+                  "of a normal class.",
+                  percent(result.level, 0))
+            : "The direction in which the classes differ most; a tick is a row, large marks are class means.",
+      finished(plane ? scoreChart(scorePlot(result)) : scoreLines(result))};
+}
+
+ReportFigure stepsFigure(const Discriminant& result) {
+  const Json x = with(named("label", "step"), "axis", {{"labelAngle", -35}, {"labelLimit", 120}});
+  const Json y = with(quantitative("fraction", "correct"), "axis", {{"format", "%"}});
+  const Json tooltip =
+      tips({{"descriptor", "descriptor", false}, {"fraction", "correct, fitted"}, {"distances", "sum of distances"}});
+  Json layers = Json::array({{{"mark", {{"type", "line"}, {"color", kPale.light}}}, {"encoding", {{"x", x}, {"y", y}}}},
+                             {{"mark", {{"type", "point"}, {"size", 70}, {"color", kPale.light}, {"opacity", 1}}},
+                              {"encoding", {{"x", x}, {"y", y}, {"tooltip", tooltip}}}}});
+  if (result.validation) {
+    layers.push_back(limitLine("y", result.validation->confusion.fraction()));
+    layers.back()["mark"]["color"] = kStrong.light;
+    layers.back()["mark"]["strokeWidth"] = 1.8;
+  }
+  return {"steps-figure", "Fraction correct per step",
+          fmt::format("Line: the fraction of fitted rows put into the right class after each of {} steps.",
+                      result.steps.size()),
+          result.validation
+              ? "Pale: rows that the classifier has seen. The dashed line is the cross-validated fraction of the whole "
+                "procedure."
+              : "Rows that the classifier has seen.",
+          finished(layered("steps", 280, std::move(layers)))};
+}
+
+ReportFigure distances(const Discriminant& result) {
+  struct Verdict {
+    const char* text;
+    const Colour* colour;
+    const char* shape;
+  };
+  const Verdict verdicts[] = {{"right when left out", &kPale, "circle"},
+                              {"wrong when left out", &kOther, "cross"},
+                              {"never left out", &kLine, "square"},
+                              {"kept out", &kStrong, "triangle-up"}};
+  Json names = Json::array(), colours = Json::array(), shapes = Json::array();
+  for (const Verdict& verdict : verdicts)
+    if (std::any_of(result.rows.begin(), result.rows.end(),
+                    [&](const DiscriminantRow& row) { return verdictOf(row) == verdict.text; })) {
+      names.push_back(verdict.text);
+      colours.push_back(verdict.colour->light);
+      shapes.push_back(verdict.shape);
+    }
+  const auto channel = [&](const Json& range) {
+    return Json{{"field", "verdict"},
+                {"type", "nominal"},
+                {"title", nullptr},
+                {"scale", {{"domain", names}, {"range", range}}}};
+  };
+  double most = 0;
+  for (const DiscriminantRow& row : result.rows)
+    if (std::isfinite(ownDistance(result, row))) most = std::max(most, ownDistance(result, row));
+  Json equal{{"data", {{"values", Json::array({{{"d", 0}}, {{"d", most}}})}}},
+             {"mark", {{"type", "line"}, {"strokeWidth", 1}, {"color", kLine.light}}},
+             {"encoding",
+              {{"x", {{"field", "d"}, {"type", "quantitative"}}}, {"y", {{"field", "d"}, {"type", "quantitative"}}}}}};
+  Json marks{
+      {"mark", {{"type", "point"}}},
+      {"encoding",
+       {{"x", fromZero("own", "distance to its own class")},
+        {"y", fromZero("other", "distance to the nearest other class")},
+        {"color", channel(colours)},
+        {"shape", channel(shapes)},
+        {"order", {{"condition", {{"test", "datum.verdict == 'wrong when left out'"}, {"value", 1}}}, {"value", 0}}},
+        {"tooltip", tips({{"row", "row", false},
+                          {"known", "class", false},
+                          {"heldOutClass", "when left out", false},
+                          {"own", "to its own class"},
+                          {"other", "to the nearest other"}})}}}};
+  return {
+      "distances", "Distances to the classes",
+      fmt::format("Scatter plot of the Mahalanobis distances of {} rows to their own and to the nearest other class.",
+                  result.rows.size()),
+      "Below the line a row lies nearer to another class. Rows without a class are shown for the one they are put "
+      "into. "
+      "Distances are those of the final classifier.",
+      finished(layered("rows", 320, Json::array({std::move(equal), std::move(marks)})))};
+}
+
+std::vector<ReportFigure> figuresOf(const Discriminant& result, const Table& selection,
+                                    const ColouringColumns& colours) {
+  std::vector<ReportFigure> figures{confusion(result)};
+  if (!result.functions.empty()) figures.push_back(scores(result));
+  if (!result.steps.empty()) figures.push_back(stepsFigure(result));
+  if (selects(result) && result.validation && selection.rows() > 0)
+    figures.push_back(
+        selectionFigure(selection, result.plan.folds, "open bars are descriptors that the classifier does not have."));
+  figures.push_back(distances(result));
+  if (functionsOf(result) > 1 && !colours.names.empty())
+    figures.push_back({"scores-by-column", "Canonical scores, coloured by a column",
+                       "Scatter plot of the canonical scores, coloured by the values of a column that can be chosen.",
+                       "A colour that runs in one direction tells what that direction means.",
+                       finished(scoreChartByColumn(scorePlot(result), colours.names))});
+  return figures;
+}
+
+std::vector<ReportTable> tablesOf(const Discriminant& result) {
+  ReportTable classes{
+      "classes", "Classes", "", "classes", {{"group", result.classColumn}, {"rows", "rows", CellKind::Whole}}};
+  if (result.validation) {
+    classes.columns.push_back({"heldOut", "right, left out"});
+    classes.columns.push_back({"heldOutShare", "", CellKind::Share});
+  }
+  classes.columns.push_back({"fitted", "right, fitted"});
+  classes.columns.push_back({"fittedShare", "", CellKind::Share});
+  classes.columns.push_back({"prior", "prior", CellKind::Fixed, 3});
+  std::vector<ReportTable> tables{std::move(classes)};
+  if (!result.steps.empty())
+    tables.push_back({"steps",
+                      "Steps of the selection",
+                      result.stopReason,
+                      "steps",
+                      {{"step", "step", CellKind::Whole},
+                       {"descriptor", "descriptor"},
+                       {"fraction", "correct, fitted", CellKind::Share},
+                       {"distances", "sum of distances", CellKind::Number, 5}}});
+  if (selects(result) && result.validation) tables.push_back(selectionTable(result.plan.folds));
+  ReportTable rows{"rows",
+                   "Rows",
+                   samplingText(result.rows.size()),
+                   "rows",
+                   {{"row", rowHeading(result.used)}, {"known", result.classColumn}}};
+  if (result.validation) {
+    rows.columns.push_back({"heldOutClass", "put into, left out"});
+    rows.columns.push_back({"verdict", ""});
+    rows.columns.push_back({"fold", "fold", CellKind::Whole});
+  }
+  const std::vector<ReportColumn> last{{"predicted", "nearest, fitted"},
+                                       {"next", "next"},
+                                       {"own", "d own", CellKind::Fixed, 2},
+                                       {"other", "d nearest other", CellKind::Fixed, 2},
+                                       {"posterior", "posterior", CellKind::Fixed, 3}};
+  rows.columns.insert(rows.columns.end(), last.begin(), last.end());
+  tables.push_back(std::move(rows));
+  return tables;
+}
+
+std::vector<ReportEntry> ownCard(const Discriminant& result) {
+  std::vector<std::string> priors;
+  for (const DiscriminantClass& one : result.classes)
+    priors.push_back(fmt::format("{} {}", one.name, brief(one.prior, 4)));
+  std::vector<ReportEntry> card{
+      {"Classes", fmt::format("{} of {}; priors {}", result.classes.size(), result.classColumn, listed(priors, 12))}};
+  card.push_back({"Descriptors chosen", fmt::format("{}: {}", result.chosen.size(), listed(result.chosen, 40))});
+  if (selects(result)) card.push_back({"Selection", result.stopReason});
+  card.push_back(
+      {"Folds",
+       foldText(result) + (result.plan.kind == Folds::Kind::Random ? fmt::format("; seed {}", result.plan.seed) : "")});
+  for (std::size_t k = 0; k < functionsOf(result); ++k) {
+    std::string equation = significant(result.functions[k].constant, 6);
+    for (std::size_t j = 0; j < result.chosen.size(); ++j) {
+      const double coefficient = result.functions[k].coefficients[j];
+      equation += fmt::format(" {} {} · {}", coefficient < 0 ? "−" : "+", significant(std::abs(coefficient), 6),
+                              result.chosen[j]);
+    }
+    card.push_back({fmt::format("Canonical function {}", k + 1), equation});
+  }
+  return card;
+}
+
+std::vector<ReportEntry> readingOf(const Discriminant& result) {
+  return {
+      {"correct, cross-validated",
+       "The fraction of rows that a classifier built without them puts into their class" +
+           std::string(selects(result) ? ", its descriptors chosen again each time." : ".")},
+      {"resubstitution",
+       "The same for the rows that the classifier was built from: too good, most of all where descriptors "
+       "were chosen."},
+      {"distance",
+       "Mahalanobis distance to a class mean under the pooled covariance: d² = (x − m)ᵀ S⁻¹ (x − m). A row is put "
+       "into the class with the smallest."},
+      {"posterior", "prior · exp(−d² / 2), made to sum to 1 over the classes: normal densities with one covariance."},
+      {"canonical scores",
+       "Linear functions of the descriptors along which the classes differ most beside their spread; the "
+       "pooled variance of each is 1. The share is that of its eigenvalue."}};
+}
+
+}  // namespace
+
+ReportPage reportPage(const Discriminant& result, const ReportContext& context) {
+  std::vector<std::string> names;
+  for (const DiscriminantRow* row : shown(result.rows)) names.push_back(row->name);
+  const ColouringColumns colours = colouringColumns(context, result.used, names);
+  ReportPage page;
+  page.analysis = "da";
+  page.title = "Discriminant analysis of " + result.classColumn;
+  page.subtitle =
+      fmt::format("{}, {} {}", madeFrom(result.used), result.chosen.size(), selects(result) ? "chosen" : "taken");
+  page.answer = answerOf(result);
+  if (!result.validation) page.banner = "Not validated: " + result.validation.error();
+  page.frame = frameOf(result);
+  page.data = {confusionOf(result), classesOf(result), rowsOf(result, colours),
+               circlesOf(result),   stepsOf(result),   selectionOf(result)};
+  page.figures = figuresOf(result, page.data.back(), colours);
+  page.tables = tablesOf(result);
+  page.remarks = anchored(result.remarks, {{"unstable-selection", "selection-frequency"},
+                                           {"small-class", "classes"},
+                                           {"class-absent", "classes"},
+                                           {"no-better-than-largest", "confusion"},
+                                           {"doubtful-rows", "distances"},
+                                           {"held-out-rows-unknown", "rows"}});
+  remarkOnSampling(result.rows.size(), page);
+  page.card = dataCard(result.used, ownCard(result), context);
+  page.reading = readingOf(result);
+  return page;
+}
+
+}  // namespace studystats
