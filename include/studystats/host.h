@@ -12,12 +12,18 @@
 // library's while it runs.
 #pragma once
 
+#include <studystats/host/clusters.h>
 #include <studystats/host/data.h>
 #include <studystats/host/describe.h>
+#include <studystats/host/discriminant.h>
 #include <studystats/host/errors.h>
+#include <studystats/host/model.h>
 #include <studystats/host/output.h>
+#include <studystats/host/partial_least_squares.h>
+#include <studystats/host/predict.h>
 #include <studystats/host/principal_components.h>
 #include <studystats/host/progress.h>
 #include <studystats/host/regression.h>
+#include <studystats/host/report.h>
 #include <studystats/host/table.h>
 #include <studystats/host/validation.h>

@@ -74,6 +74,36 @@ TEST(RegressionOfLongley, HasTheCertifiedCoefficients) {
       std::any_of(model.remarks.begin(), model.remarks.end(), [](const Remark& r) { return r.code == "collinear"; }));
 }
 
+// Every fold run again: its own selection predicts the rows that it held out, and the squares add up to PRESS.
+TEST(Regression, HeldOutPredictionsMakeThePress) {
+  const struct {
+    const char* table;
+    const char* response;
+  } cases[] = {{"bloodbrain.csv", "logBBB"}, {"cement.csv", "y"}, {"longley.csv", "Employed"}};
+  for (const auto& one : cases)
+    for (const Folds& folds : {Folds::systematic(3), Folds::systematic(7), Folds::leaveOneOut()}) {
+      const Regression model = regress(example(one.table), {.response = one.response, .folds = folds});
+      ASSERT_TRUE(model.validation) << one.table;
+      double press = 0;
+      for (const RegressionRow& row : model.rows) {
+        EXPECT_EQ(row.timesHeldOut, 1u);
+        EXPECT_GE(row.fold, 1u);
+        press += std::pow(*row.heldOut - *row.observed, 2);
+      }
+      EXPECT_NEAR(press / model.validation->press, 1, 1e-9) << one.table << ' ' << model.plan.folds;
+    }
+  const Regression random =
+      regress(example("bloodbrain.csv"), {.response = "logBBB", .folds = Folds::random({12, 0.2}, 3)});
+  std::size_t held = 0, never = 0;
+  for (const RegressionRow& row : random.rows) {
+    held += row.timesHeldOut;
+    never += row.heldOut ? 0 : 1;
+  }
+  EXPECT_EQ(held, 12u * 42u) << "208 rows, a fifth of them a draw";
+  EXPECT_EQ(never, static_cast<std::size_t>(std::count_if(random.rows.begin(), random.rows.end(),
+                                                          [](const auto& row) { return row.timesHeldOut == 0; })));
+}
+
 TEST(Regression, ThatCannotBeValidatedShowsNoFigure) {
   Table table{.name = "t.csv"};
   table.columns = {{.name = "x", .numbers = {3, 1, 4, 1, 5, 9, 2, 6, 5, 3}},
