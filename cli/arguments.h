@@ -41,8 +41,38 @@ struct MlrArguments {
   OutputOptions output;
 };
 
+struct PlsArguments {
+  InputOptions input;
+  PartialLeastSquaresOptions analysis;
+  OutputOptions output;
+};
+
+struct DaArguments {
+  InputOptions input;
+  DiscriminantOptions analysis;
+  OutputOptions output;
+};
+
+struct ClusterArguments {
+  InputOptions input;
+  ClusterOptions analysis;
+  OutputOptions output;
+};
+
+struct PredictArguments {
+  std::string model, table;
+  PredictOptions prediction;
+  int components = 0;  // 0: the model's
+  double level = 0;    // 0: the model's
+  OutputOptions output;
+};
+
 DescribeArguments readDescribe(const CommandLine& line);
 PcaArguments readPca(const CommandLine& line);
 MlrArguments readMlr(const CommandLine& line);
+PlsArguments readPls(const CommandLine& line);
+DaArguments readDa(const CommandLine& line);
+ClusterArguments readCluster(const CommandLine& line);
+PredictArguments readPredict(const CommandLine& line);
 
 }  // namespace studystats::cli

@@ -37,9 +37,19 @@ void checkEmptyValues(const Command& command, const std::vector<std::string>& ar
   }
 }
 
+// In quotation marks where a shell would read anything but the text itself.
+std::string forShell(const std::string& argument) {
+  constexpr std::string_view kPlain = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-+=./,:%@";
+  if (!argument.empty() && argument.find_first_not_of(kPlain) == std::string::npos) return argument;
+  std::string text = "'";
+  for (const char c : argument) text += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return text + "'";
+}
+
 }  // namespace
 
-CommandLine::CommandLine(const Command& command, const std::vector<std::string>& arguments) : command_(command) {
+CommandLine::CommandLine(const Command& command, const std::vector<std::string>& arguments)
+    : command_(command), arguments_(arguments) {
   checkEmptyValues(command, arguments);
   CLI::App parser;
   declare(parser, command);
@@ -100,6 +110,12 @@ void CommandLine::refuseExtra(const std::string& extra) const {
                      near.empty() ? fmt::format(" See studystats {} --help.", command_.name)
                                   : fmt::format(" Did you mean {}?", near)),
          near);
+}
+
+std::string CommandLine::typed() const {
+  std::string text = "studystats " + command_.name;
+  for (const std::string& argument : arguments_) text += ' ' + forShell(argument);
+  return text;
 }
 
 const std::string& CommandLine::operand(std::size_t i) const {

@@ -18,6 +18,7 @@ class CommandLine {
   CommandLine(const Command& command, const std::vector<std::string>& arguments);
 
   const Command& command() const { return command_; }
+  std::string typed() const;  // the whole line, as a shell would take it again
   bool wantsHelp() const { return given("--help"); }
 
   // What stands for "TABLE" and the like, in the order of Command::operands; throws when one is missing.
@@ -35,6 +36,7 @@ class CommandLine {
   [[noreturn]] void refuseExtra(const std::string& extra) const;
 
   const Command& command_;
+  std::vector<std::string> arguments_;
   std::vector<std::string> operands_;
   std::map<std::string, std::vector<std::string>, std::less<>> given_;
   mutable std::set<std::string, std::less<>> read_;

@@ -21,6 +21,9 @@ using Words = std::vector<std::string>;
 const ReadOptions kRead;
 const PrincipalComponentsOptions kPcaOptions;
 const RegressionOptions kMlrOptions;
+const PartialLeastSquaresOptions kPlsOptions;
+const DiscriminantOptions kDaOptions;
+const ClusterOptions kClusterOptions;
 const DataOptions& kData = kPcaOptions.data;
 const OutputOptions kOutput;
 
@@ -58,13 +61,22 @@ std::vector<Option> columnRows() {
       repeated(row("--columns LIST", kAnalyses, "the descriptor columns" + list,
                    "(every numeric column with no other use)")),
       repeated(row("--columns LIST", kDescribe, "the columns to describe" + list, "(all)")),
-      repeated(row("--exclude LIST", kEveryCommand, "columns to leave out, written as for --columns", "(none)")),
+      repeated(row("--exclude LIST", kEveryAnalysis, "columns to leave out, written as for --columns", "(none)")),
       repeated(row("--response NAME[,NAME]", kPca, "columns to keep out of the analysis and carry along with the rows",
                    "(none)")),
+      repeated(row("--response NAME[,NAME]", kCluster,
+                   "columns to keep out of the analysis; their means in each cluster are shown", "(none)")),
       repeated(row("--response NAME[,NAME]", kDescribe, "columns to describe beside those of --columns", "(none)")),
       row("--response NAME", kMlr, "the column to be modelled; rows without a value in it are predicted", "(required)"),
+      repeated(row("--response NAME[,NAME]", kPls,
+                   "the columns to be modelled; rows that miss a value in one are predicted", "(required)")),
+      row("--class NAME", kDa,
+          "the column of classes (numbers are read as text); rows without a value in it are classified", "(required)"),
       row("--class NAME", kPca,
           "the column of classes (numbers are read as text): kept out of the analysis, carried along with the rows",
+          "(none)"),
+      row("--class NAME", kCluster,
+          "the column of classes (numbers are read as text): kept out of the analysis, counted in each cluster",
           "(none)"),
       row("--class NAME", kDescribe, "a column of classes, described as text though it may hold numbers", "(none)"),
       row("--id NAME", kEveryCommand, "the column that names the rows",
@@ -114,9 +126,25 @@ std::vector<Option> analysisRows() {
       row("--components K", kPca, "how many components are kept in output and limits",
           unless(kPcaOptions.components == 0, "the smallest number with 80 % explained, 2 ... 10",
                  fmt::to_string(kPcaOptions.components))),
+      row("--components A", kPls, "how many components are computed",
+          unless(kPlsOptions.components == 0, "10, or what rows and columns allow",
+                 fmt::to_string(kPlsOptions.components))),
+      row("--choose RULE", kPls,
+          "how many of them are kept: ratio=L (as long as the root of PRESS(a) / RSS(a - 1) is at most L for some "
+          "response), min (where PRESS is least), or a number",
+          fmt::format("ratio={}", kPlsOptions.choice.limit)),
       row("--select HOW", kMlr,
           "how descriptors come into the model; all: every one that the correlation limit leaves:",
           nameOf(kSelections, kMlrOptions.selection), namesOf(kSelections)),
+      row("--select HOW", kDa,
+          "how descriptors come into the classifier: auto (step by step, as long as it gains), all, or N steps",
+          nameOf(kClassSelections, kDaOptions.selection.kind)),
+      row("--prior PRIOR", kDa,
+          "prior probabilities, for posteriors alone: equal, size (as the classes are), or one number a class, in "
+          "their "
+          "order, as in 0.5,0.3,0.2",
+          nameOf(kPriors, kDaOptions.priors.kind)),
+      repeated(row("--class-order LIST", kDa, "classes that come first, in this order", "(as they appear)")),
       row("--f-enter F", kMlr, "F-to-enter: the partial F that a descriptor needs to stay in",
           fmt::to_string(kMlrOptions.fEnter)),
       row("--f-remove F", kMlr, "F-to-remove: below it a descriptor leaves", fmt::to_string(kMlrOptions.fRemove)),
@@ -127,26 +155,58 @@ std::vector<Option> analysisRows() {
                  fmt::to_string(kMlrOptions.maxSteps))),
       repeated(row("--start LIST", kMlr, "descriptors that are in the model at the start, written as for --columns",
                    "(none)")),
-      row("--folds FOLDS", kMlr,
-          "how rows are held out: loo (leave-one-out), K groups dealt in the order of the response, or random:N:P% (N "
-          "draws that each hold out P % of the rows)",
+      row("--method NAME", kCluster,
+          "a history of merges that can be cut, clusters around means, or lists of each row's nearest rows:",
+          nameOf(kClusterMethods, kClusterOptions.method), namesOf(kClusterMethods)),
+      row("--distance NAME", kCluster,
+          "between two rows; tanimoto: of fingerprints and counts, as they stand in the table (--scale none):",
+          nameOf(kDistances, kClusterOptions.distance), namesOf(kDistances)),
+      row("--linkage NAME", kCluster, "hierarchical: the distance between two groups of rows:",
+          "(ward; with --distance tanimoto average)", namesOf(kLinkages)),
+      row("--clusters K", kCluster, "hierarchical and kmeans: how many clusters",
+          unless(kClusterOptions.clusters == 0, "no clusters, only the silhouettes of 2 ... 12",
+                 fmt::to_string(kClusterOptions.clusters))),
+      row("--threshold D", kCluster, "hierarchical: groups farther apart than D stay apart, in place of --clusters",
+          "(none)"),
+      row("--neighbours K", kCluster, "neighbours: how many a row", fmt::to_string(kClusterOptions.neighbours)),
+      row("--fixed", kCluster, "neighbours: exactly as many, where ties for the last place would lengthen a list"),
+      row("--restarts N", kCluster, "kmeans: how many starts, of which the best is taken",
+          fmt::to_string(kClusterOptions.restarts)),
+      row("--folds FOLDS", kValidated,
+          "how rows are held out: loo (leave-one-out), K groups dealt in the order of the response or class, "
+          "random:N:P% (N draws that each hold out P % of the rows), or column:NAME (rows with the same text in a "
+          "column)",
           fmt::to_string(kMlrOptions.folds.groups)),
-      row("--seed N", kMlr, "0 ... 161803398: the same seed draws the same random folds",
+      row("--seed N", kValidated, "0 ... 161803398: the same seed draws the same random folds",
           fmt::to_string(kMlrOptions.folds.seed)),
-      row("--level P", kAnalyses, "the level of limits and intervals, between 0 and 1",
+      row("--seed N", kCluster, "kmeans: 0 ... 161803398: the same seed draws the same starts",
+          fmt::to_string(kClusterOptions.seed)),
+      row("--components A", kPredict, "how many components predict (partial least squares)", "(the model's)"),
+      row("--observed NAME", kPredict, "the column with the known response or class",
+          "(the model's response, where the table has it)"),
+      row("--level P", kPredict, "the level of intervals and limits, between 0 and 1", "(the model's)"),
+      row("--level P", kPca | kValidated, "the level of limits and intervals, between 0 and 1",
           fmt::to_string(kPcaOptions.level)),
   };
 }
 
 std::vector<Option> outputRows() {
   return {
-      completing(Completes::Files, row("--output FILE.csv", kAnalyses,
+      completing(Completes::Files, row("--output FILE.csv", kAnalyses | kPredict,
                                        "writes one line a row: name, role, and what the analysis says of it", "(off)")),
       completing(Completes::Files,
                  row("--json FILE", kEveryCommand,
                      "writes everything at full precision; - is standard output, in place of the summary", "(off)")),
-      completing(Completes::Folders,
-                 row("--tables DIR", kEveryCommand, "writes the same as CSV files into a folder", "(off)")),
+      completing(
+          Completes::Folders,
+          row("--tables DIR", kEveryAnalysis,
+              "writes the same as CSV files into a folder, and the figures of the report as Vega-Lite", "(off)")),
+      completing(Completes::Files, row("--model FILE", kModels, "writes the model, for studystats predict", "(off)")),
+      completing(Completes::Files,
+                 row("--report FILE.html", kEveryAnalysis,
+                     "writes one page to look at: the answer, figures and tables, opened from disk in "
+                     "any browser",
+                     "(off)")),
       row("--digits N", kEveryCommand, "significant digits of the summary, 1 ... 17",
           fmt::to_string(kOutput.text.digits)),
       row("--all", kEveryCommand, "shows long tables in full"),
@@ -169,38 +229,8 @@ std::vector<Option> runningRows() {
 }  // namespace
 
 const std::vector<Command>& commands() {
-  static const std::vector<Command> table = {
-      {kDescribe,
-       "describe",
-       {"TABLE"},
-       "what is in a table, and what to look at before modelling",
-       "Counts, missing cells, means, spreads and shapes of every column; then what deserves a look before modelling: "
-       "constant columns, columns that say the same, related columns, numbers that are only labels.",
-       "studystats describe airquality.csv --exclude Month,Day",
-       "Describes every column but two that label the rows.",
-       runDescribe},
-      {kPca,
-       "pca",
-       {"TABLE"},
-       "principal components",
-       "Principal components of the numeric columns: explained variance, loadings, what each column contributes, and "
-       "rows that are unusual within the model plane or far from it.",
-       "studystats pca wine.csv --class cultivar --components 3 --json wine.json",
-       "Three components of the numeric columns; the classes are carried along, everything is written as JSON.",
-       runPca},
-      {kMlr,
-       "mlr",
-       {"TABLE"},
-       "stepwise multiple linear regression, the selection cross-validated",
-       "An equation for one response, its descriptors chosen by stepwise selection. Every fold repeats the whole "
-       "selection on its own training rows, so that the cross-validated figures say what the equation predicts, and "
-       "how "
-       "often each descriptor was chosen says how much the choice can be trusted. --scale changes the prepared "
-       "coefficients alone, not the equation.",
-       "studystats mlr bloodbrain.csv --response logBBB --max-steps 12 --json model.json",
-       "At most twelve steps; everything is written as JSON.",
-       runMlr},
-  };
+  static const std::vector<Command> table = {describeCommand(), pcaCommand(),     mlrCommand(),    plsCommand(),
+                                             daCommand(),       clusterCommand(), predictCommand()};
   return table;
 }
 

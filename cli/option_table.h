@@ -15,9 +15,16 @@ enum CommandSet : unsigned {
   kDescribe = 1u << 0,
   kPca = 1u << 1,
   kMlr = 1u << 2,
+  kDa = 1u << 3,
+  kPls = 1u << 4,
+  kCluster = 1u << 5,
+  kPredict = 1u << 6,
 };
-constexpr unsigned kAnalyses = kPca | kMlr;
-constexpr unsigned kEveryCommand = kDescribe | kAnalyses;
+constexpr unsigned kValidated = kMlr | kPls | kDa;
+constexpr unsigned kAnalyses = kPca | kValidated | kCluster;
+constexpr unsigned kModels = kPca | kValidated;  // whose results predict new rows
+constexpr unsigned kEveryAnalysis = kDescribe | kAnalyses;
+constexpr unsigned kEveryCommand = kEveryAnalysis | kPredict;
 
 struct Command {
   CommandSet bit;

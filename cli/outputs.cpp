@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstring>
 #include <system_error>
+#include <utility>
 
 #include "cli/messages.h"
 
@@ -79,13 +80,18 @@ void checkTargets(const OutputOptions& output, const std::vector<std::string>& i
   std::vector<std::pair<std::string, fs::path>> files;
   if (!output.json.empty() && !output.jsonOnStandardOutput()) files.emplace_back("--json", output.json);
   if (!output.rows.empty()) files.emplace_back("--output", output.rows);
+  if (!output.model.empty()) files.emplace_back("--model", output.model);
+  if (!output.page.empty()) files.emplace_back("--report", output.page);
   for (const auto& [option, path] : files) {
     if (path == "-") refuse(option, option + " writes a file; only --json - writes to standard output.");
     checkInputs(option, path, inputs);
     checkFile(option, path);
   }
-  if (files.size() == 2 && resolved(files[0].second) == resolved(files[1].second) && !isSpecial(files[0].second))
-    refuse("--json", fmt::format("--json and --output both name {}.", inQuotes(files[0].second.string())));
+  for (auto one = files.begin(); one != files.end(); ++one)
+    for (auto other = one + 1; other != files.end(); ++other)
+      if (resolved(one->second) == resolved(other->second) && !isSpecial(one->second))
+        refuse(one->first,
+               fmt::format("{} and {} both name {}.", one->first, other->first, inQuotes(one->second.string())));
   if (output.tables.empty()) return;
   if (output.tables == "-")
     refuse("--tables", "--tables writes into a folder; only --json - writes to standard output.");
@@ -122,36 +128,61 @@ void OutputFiles::makeFolders() {
   }
 }
 
-void OutputFiles::stage(File& file, const std::function<bool()>& stop) {
+void OutputFiles::open(File& file) {
+  if (file.direct) {
+    file.descriptor = ::open(file.shown.c_str(), O_WRONLY | O_CLOEXEC);
+    if (file.descriptor < 0) cannotWrite(file.option, file.shown, reason(errno));
+    return;
+  }
   if (fs::is_directory(file.target)) cannotWrite(file.option, file.shown, "it is a folder");
   std::string pattern = (folderOf(file.target) / ".studystats-XXXXXX").string();
-  const int descriptor = mkstemp(pattern.data());
-  if (descriptor < 0) cannotWrite(file.option, file.shown, reason(errno));
+  file.descriptor = mkstemp(pattern.data());
+  if (file.descriptor < 0) cannotWrite(file.option, file.shown, reason(errno));
   file.temporary = pattern;
   struct stat before {};
   const mode_t mask = umask(0);
   umask(mask);
   const mode_t mode = stat(file.target.c_str(), &before) == 0 ? before.st_mode & 07777u : 0666u & ~mask;
-  bool written = fchmod(descriptor, mode) == 0;
-  for (std::size_t at = 0; written && at < file.content.size(); at += kBlock) {
-    written = writeAll(descriptor, std::string_view(file.content).substr(at, kBlock));
-    if (stop()) {
-      close(descriptor);
-      throw Stopped();
-    }
-  }
-  int error = errno;
-  if (close(descriptor) != 0 && written) {
+  if (fchmod(file.descriptor, mode) != 0) cannotWrite(file.option, file.shown, reason(errno));
+}
+
+void OutputFiles::close(File& file, bool written, int error) {
+  const int descriptor = std::exchange(file.descriptor, -1);
+  if (::close(descriptor) != 0 && written) {
     written = false;
     error = errno;
   }
   if (!written) cannotWrite(file.option, file.shown, reason(error));
 }
 
+void OutputFiles::stage(File& file, const std::function<bool()>& stop) {
+  open(file);
+  bool written = true;
+  for (std::size_t at = 0; written && at < file.content.size(); at += kBlock) {
+    written = writeAll(file.descriptor, std::string_view(file.content).substr(at, kBlock));
+    if (stop()) throw Stopped();
+  }
+  close(file, written, errno);
+}
+
+std::size_t OutputFiles::begin(std::string option, const fs::path& path) {
+  add(std::move(option), path, {});
+  open(files_.back());
+  return files_.size() - 1;
+}
+
+void OutputFiles::append(std::size_t file, std::string_view text) {
+  File& one = files_[file];
+  if (writeAll(one.descriptor, text) || (one.direct && errno == EPIPE)) return;
+  cannotWrite(one.option, one.shown, reason(errno));
+}
+
 void OutputFiles::write(const std::function<bool()>& stop) {
   makeFolders();
   for (File& file : files_) {
-    if (file.direct) continue;
+    const bool grown = file.descriptor >= 0;
+    if (grown) close(file, true, 0);
+    if (grown || file.direct) continue;
     // The folder may have been made a moment ago, and links are followed through it.
     file.target = resolved(file.shown);
     stage(file, stop);
@@ -165,18 +196,20 @@ void OutputFiles::write(const std::function<bool()>& stop) {
   }
   madeFolders_.clear();
   for (const File& file : files_) {
-    if (!file.direct) continue;
-    const int descriptor = open(file.shown.c_str(), O_WRONLY | O_CLOEXEC);
+    if (!file.direct || file.content.empty()) continue;
+    const int descriptor = ::open(file.shown.c_str(), O_WRONLY | O_CLOEXEC);
     if (descriptor < 0) cannotWrite(file.option, file.shown, reason(errno));
     const bool written = writeAll(descriptor, file.content) || errno == EPIPE;
     const int error = errno;
-    close(descriptor);
+    ::close(descriptor);
     if (!written) cannotWrite(file.option, file.shown, reason(error));
   }
 }
 
 void OutputFiles::undo() noexcept {
   std::error_code ignored;
+  for (const File& file : files_)
+    if (file.descriptor >= 0) ::close(file.descriptor);
   for (const File& file : files_)
     if (!file.temporary.empty()) fs::remove(file.temporary, ignored);
   for (auto folder = madeFolders_.rbegin(); folder != madeFolders_.rend(); ++folder) fs::remove(*folder, ignored);

@@ -13,9 +13,12 @@
 namespace studystats::cli {
 
 struct OutputOptions {
-  std::string json;    // a file; "-": standard output, in place of the summary
-  std::string tables;  // a folder
-  std::string rows;    // a file: --output
+  std::string json;     // a file; "-": standard output, in place of the summary
+  std::string tables;   // a folder
+  std::string rows;     // a file: --output
+  std::string model;    // a file: --model
+  std::string page;     // a file: --report
+  std::string command;  // as typed, for the page
   TextOptions text;
   bool explain = false;
   bool strict = false;
@@ -24,6 +27,9 @@ struct OutputOptions {
   When color = When::Auto;
 
   bool jsonOnStandardOutput() const { return json == "-"; }
+  bool wantsRows() const {
+    return !json.empty() || !tables.empty() || !rows.empty() || !page.empty();
+  }  // what is said row by row
 };
 
 // Refuses, before anything is read, what could not be written at the end: a folder that does not exist or may not be
@@ -41,6 +47,9 @@ class OutputFiles {
   ~OutputFiles();
 
   void add(std::string option, const std::filesystem::path& path, std::string content);
+  // A file that grows while the run goes on: begun in a temporary file at once, completed by write().
+  std::size_t begin(std::string option, const std::filesystem::path& path);
+  void append(std::size_t file, std::string_view text);
   void addFolder(const std::filesystem::path& folder, std::vector<CsvFile> files);
 
   // Throws BadOptions naming the file, and Stopped when `stop` says so before the first rename.
@@ -54,8 +63,11 @@ class OutputFiles {
     std::filesystem::path temporary;
     std::string content;
     bool direct = false;
+    int descriptor = -1;  // of a file that grows
   };
   void makeFolders();
+  static void open(File& file);
+  static void close(File& file, bool written, int error);
   static void stage(File& file, const std::function<bool()>& stop);
   void undo() noexcept;
 

@@ -3,6 +3,8 @@
 
 #include <studystats/host.h>
 
+#include <algorithm>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <utility>
@@ -11,6 +13,7 @@
 #include "cli/arguments.h"
 #include "cli/outputs.h"
 #include "cli/progress_bar.h"
+#include "report/report_scripts.h"
 
 namespace studystats::cli {
 
@@ -20,6 +23,8 @@ struct Report {
   std::string json;             // when asked for
   std::vector<CsvFile> tables;  // when asked for
   std::string rows;             // when asked for
+  std::string model;            // when asked for
+  std::string page;             // when asked for
   std::vector<Remark> remarks;
 };
 
@@ -38,12 +43,14 @@ class Run {
 
   int show(const std::string& text);  // --explain
   template <class Result>
-  int finish(Result result);
+  int finish(Result result, const DataOptions* preparation = nullptr);
 
  private:
   Table read(const std::string& path);
+  template <class Result>
+  void addPage(const Result& result, const DataOptions* preparation, Report& report) const;
+  ReportContext context() const;
   int deliver(const Report& report);
-  void sayRemarks(const std::vector<Remark>& remarks) const;
 
   const InputOptions& input_;
   const OutputOptions& output_;
@@ -54,10 +61,13 @@ class Run {
   std::optional<TableView> testView_;
 };
 
+// The end of every run: the summary or the JSON, then the remarks. Returns the exit status.
+int say(const Report& report, const OutputOptions& output);
+
 void print(std::string_view text);  // to standard output; a closed pipe ends it quietly
 
 template <class Result>
-int Run::finish(Result result) {
+int Run::finish(Result result, const DataOptions* preparation) {
   for (const Table* table : {&testTable_, &table_})
     result.remarks.insert(result.remarks.begin(), table->remarks.begin(), table->remarks.end());
   Report report;
@@ -66,8 +76,25 @@ int Run::finish(Result result) {
   if (!output_.tables.empty()) report.tables = toTables(result);
   if constexpr (requires { rowsAsCsv(result); })
     if (!output_.rows.empty()) report.rows = rowsAsCsv(result);
+  if constexpr (requires { result.model.json(); })
+    if (!output_.model.empty()) report.model = result.model.json();
+  if constexpr (requires { reportPage(result, ReportContext()); }) addPage(result, preparation, report);
   report.remarks = std::move(result.remarks);
   return deliver(report);
+}
+
+template <class Result>
+void Run::addPage(const Result& result, const DataOptions* preparation, Report& report) const {
+  if (output_.page.empty() && output_.tables.empty()) return;
+  const TableView view(table_);
+  ReportContext about = context();
+  about.table = &view;
+  about.preparation = preparation;
+  const ReportPage page = reportPage(result, about);
+  if (!output_.page.empty()) report.page = reportHtml(page, reportScripts());
+  if (output_.tables.empty()) return;
+  std::vector<CsvFile> charts = chartFiles(page);
+  std::move(charts.begin(), charts.end(), std::back_inserter(report.tables));
 }
 
 // The course of every analysis: tables, then --explain, or the analysis and what it shows and writes.
@@ -79,7 +106,7 @@ int runAnalysis(const std::string& command, Arguments arguments, Analysis analys
   if (arguments.output.explain) return run.show(explain(run.table(), arguments.analysis));
   arguments.analysis.progress = run.progress();
   arguments.analysis.stop = run.stop();
-  return run.finish(analyse(run.table(), arguments.analysis));
+  return run.finish(analyse(run.table(), arguments.analysis), &arguments.analysis.data);
 }
 
 }  // namespace studystats::cli

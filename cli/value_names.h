@@ -46,6 +46,23 @@ inline constexpr Named<Derivation::Kind> kDerivations[] = {
 
 inline constexpr Named<Selection> kSelections[] = {{"stepwise", Selection::Stepwise}, {"all", Selection::All}};
 
+inline constexpr Named<ClassSelection::Kind> kClassSelections[] = {{"auto", ClassSelection::Kind::Auto},
+                                                                   {"all", ClassSelection::Kind::All}};
+
+inline constexpr Named<Priors::Kind> kPriors[] = {{"equal", Priors::Kind::Equal}, {"size", Priors::Kind::Size}};
+
+inline constexpr Named<ClusterMethod> kClusterMethods[] = {{"hierarchical", ClusterMethod::Hierarchical},
+                                                           {"kmeans", ClusterMethod::KMeans},
+                                                           {"neighbours", ClusterMethod::Neighbours},
+                                                           {"neighbors", ClusterMethod::Neighbours, true}};
+
+inline constexpr Named<Distance> kDistances[] = {{"euclidean", Distance::Euclidean}, {"tanimoto", Distance::Tanimoto}};
+
+inline constexpr Named<Linkage> kLinkages[] = {{"ward", Linkage::Ward},
+                                               {"average", Linkage::Average},
+                                               {"complete", Linkage::Complete},
+                                               {"single", Linkage::Single}};
+
 inline constexpr Named<char> kDelimiters[] = {
     {"comma", ','}, {"semicolon", ';'}, {"tab", '\t'}, {"\\t", '\t', true}, {"pipe", '|'},
 };

@@ -137,11 +137,22 @@ double realNumber(std::string_view option, std::string_view text) {
 Folds folds(std::string_view option, std::string_view text) {
   constexpr std::string_view kRandom = "random:";
   if (text == "loo") return Folds::leaveOneOut();
-  if (text.starts_with("column:"))
-    refuse(option, fmt::format("{} {}: folds given by a column are not available; use loo, a number of groups or "
-                               "random:N:P%.",
-                               option, inQuotes(text)));
-  if (!text.starts_with(kRandom)) return Folds::systematic(wholeNumber(option, text, 2, 1000000000));
+  if (text.starts_with("column:")) {
+    const std::string name = singleName(option, text.substr(7));
+    if (name.empty()) refuse(option, fmt::format("{} column: names no column.", option));
+    return Folds::byColumn(name);
+  }
+  if (!text.starts_with(kRandom)) {
+    const auto groups = integer<int>(text);
+    if (!groups)
+      refuse(option, fmt::format("{} {} is not known. Use loo, a number of groups, random:N:P% or column:NAME.", option,
+                                 inQuotes(text)));
+    if (*groups < 2)
+      refuse(option,
+             fmt::format("{} {} leaves nothing to train on or nothing to hold out; try --folds 7 or --folds loo.",
+                         option, text));
+    return Folds::systematic(*groups);
+  }
   const std::string_view rest = text.substr(kRandom.size());
   const std::size_t colon = rest.find(':');
   const std::string_view share = colon == std::string_view::npos ? std::string_view() : rest.substr(colon + 1);
@@ -208,6 +219,33 @@ Derivation derivation(std::string_view option, std::string_view text) {
   if (colon != std::string_view::npos && result.columns.empty())
     refuse(option, fmt::format("{} {} names no column after the colon.", option, inQuotes(text)));
   return result;
+}
+
+ComponentChoice componentChoice(std::string_view option, std::string_view text) {
+  constexpr std::string_view kRatio = "ratio";
+  if (text == "min") return {ComponentChoice::Kind::Minimum};
+  if (text == kRatio) return {};
+  if (text.starts_with("ratio="))
+    return {ComponentChoice::Kind::Ratio, realNumber(option, text.substr(kRatio.size() + 1))};
+  const auto count = integer<int>(text);
+  if (!count || *count < 1)
+    refuse(option,
+           fmt::format("{} {} is not known. Use ratio=L, min or a number of components.", option, inQuotes(text)));
+  return {.kind = ComponentChoice::Kind::Number, .number = *count};
+}
+
+ClassSelection classSelection(std::string_view option, std::string_view text) {
+  if (!text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos)
+    return {ClassSelection::Kind::Number, wholeNumber(option, text, 1, std::numeric_limits<int>::max())};
+  return {choice(option, text, kClassSelections)};
+}
+
+Priors priors(std::string_view option, std::string_view text) {
+  if (text.find_first_of("0123456789") == std::string_view::npos) return {choice(option, text, kPriors)};
+  Priors given{Priors::Kind::Given, {}};
+  for (std::string_view rest = text; !rest.empty();)
+    given.values.push_back(realNumber(option, trimmed(takeItem(rest))));
+  return given;
 }
 
 std::pair<std::string, std::string> nameAndValue(std::string_view option, std::string_view text) {

@@ -38,8 +38,12 @@ int wholeNumber(std::string_view option, std::string_view text, int least, int m
 // A number, with a decimal point.
 double realNumber(std::string_view option, std::string_view text);
 
-// loo, K, random:N:P%.
+// loo, K, random:N:P%, column:NAME.
 Folds folds(std::string_view option, std::string_view text);
+
+ComponentChoice componentChoice(std::string_view option, std::string_view text);  // ratio, ratio=L, min, A
+ClassSelection classSelection(std::string_view option, std::string_view text);    // auto, all, N
+Priors priors(std::string_view option, std::string_view text);                    // equal, size, or numbers
 
 // A level above 0 and below 1.
 double level(std::string_view option, std::string_view text);

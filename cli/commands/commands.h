@@ -1,12 +1,16 @@
-// What each command does; the option table names these functions. They return the exit status.
+// What each command is and does; the option table lists them.
 #pragma once
 
-#include "cli/command_line.h"
+#include "cli/option_table.h"
 
 namespace studystats::cli {
 
-int runDescribe(const CommandLine& line);
-int runPca(const CommandLine& line);
-int runMlr(const CommandLine& line);
+Command describeCommand();
+Command pcaCommand();
+Command mlrCommand();
+Command plsCommand();
+Command daCommand();
+Command clusterCommand();
+Command predictCommand();
 
 }  // namespace studystats::cli

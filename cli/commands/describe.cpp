@@ -21,8 +21,6 @@ void keep(const std::string& name, std::string_view option, const Table& table, 
   if (!analysis.columns.empty()) analysis.columns.push_back(name);
 }
 
-}  // namespace
-
 int runDescribe(const CommandLine& line) {
   DescribeArguments arguments = readDescribe(line);
   Run run("describe", arguments.input, arguments.output);
@@ -32,6 +30,21 @@ int runDescribe(const CommandLine& line) {
   arguments.analysis.progress = run.progress();
   arguments.analysis.stop = run.stop();
   return run.finish(describe(run.table(), arguments.analysis));
+}
+
+}  // namespace
+
+Command describeCommand() {
+  return {
+      kDescribe,
+      "describe",
+      {"TABLE"},
+      "what is in a table, and what to look at before modelling",
+      "Counts, missing cells, means, spreads and shapes of every column; then what deserves a look before modelling: "
+      "constant columns, columns that say the same, related columns, numbers that are only labels.",
+      "studystats describe airquality.csv --exclude Month,Day",
+      "Describes every column but two that label the rows.",
+      runDescribe};
 }
 
 }  // namespace studystats::cli

@@ -180,6 +180,15 @@ int Child::wait() {
   return status_;
 }
 
+std::string unwrapped(std::string_view text) {
+  std::string line;
+  for (const char c : text) {
+    const bool blank = c == ' ' || c == '\n';
+    if (!blank || (!line.empty() && line.back() != ' ')) line += blank ? ' ' : c;
+  }
+  return line;
+}
+
 Outcome run(const Arguments& arguments, const Child::Setup& setup) {
   Child child(arguments, setup);
   const int status = child.wait();

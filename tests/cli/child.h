@@ -75,6 +75,9 @@ class Child {
   std::vector<std::thread> readers_;
 };
 
+// The text on one line: where a sentence was broken depends on how long the paths in it are.
+std::string unwrapped(std::string_view text);
+
 // Runs the command to its end.
 struct Outcome {
   int status;

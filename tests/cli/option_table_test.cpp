@@ -18,14 +18,27 @@ namespace {
 std::string sample(const Option& option) {
   if (!option.choices.empty()) return option.choices.front();
   const std::pair<const char*, const char*> values[] = {
-      {"LIST", "1"},        {"NAME", "a"},
-      {"NAME[,NAME]", "a"}, {"NAME=KIND[+SHIFT]", "a=ln"},
-      {"FILE", "f"},        {"FILE.csv", "f.csv"},
-      {"DIR", "d"},         {"KIND[:LIST]", "squares"},
-      {"N", "4"},           {"K", "2"},
-      {"P", "0.9"},         {"NAME=VALUE", "a=1"},
-      {"F", "3.5"},         {"R", "0.9"},
+      {"LIST", "1"},
+      {"NAME", "a"},
+      {"NAME[,NAME]", "a"},
+      {"NAME=KIND[+SHIFT]", "a=ln"},
+      {"FILE", "f"},
+      {"FILE.csv", "f.csv"},
+      {"FILE.html", "f.html"},
+      {"DIR", "d"},
+      {"KIND[:LIST]", "squares"},
+      {"N", "4"},
+      {"K", "2"},
+      {"P", "0.9"},
+      {"NAME=VALUE", "a=1"},
+      {"F", "3.5"},
+      {"R", "0.9"},
       {"FOLDS", "loo"},
+      {"A", "4"},
+      {"RULE", "ratio=0.9"},
+      {"HOW", "all"},
+      {"PRIOR", "0.3,0.7"},
+      {"D", "2.5"},
   };
   for (const auto& [placeholder, value] : values)
     if (option.placeholder == placeholder) return value;
@@ -46,13 +59,18 @@ void readAs(const std::string& command, const CommandLine& line) {
   if (command == "describe") readDescribe(line);
   if (command == "pca") readPca(line);
   if (command == "mlr") readMlr(line);
+  if (command == "pls") readPls(line);
+  if (command == "da") readDa(line);
+  if (command == "predict") readPredict(line);
+  if (command == "cluster") readCluster(line);
 }
 
 TEST(OptionTable, EveryOptionIsReadByItsCommand) {
   for (const Command& command : commands()) {
     for (const Option& option : options()) {
       if ((option.commands & command.bit) == 0 || option.name == "--help") continue;
-      Arguments arguments{"t.csv", option.name};
+      Arguments arguments = command.operands.size() == 2 ? Arguments{"m.json", "t.csv"} : Arguments{"t.csv"};
+      arguments.push_back(option.name);
       if (option.takesValue()) arguments.push_back(sample(option));
       const CommandLine line(command, arguments);
       // A declared option that no reader asks for throws.
