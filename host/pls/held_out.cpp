@@ -1,5 +1,7 @@
 #include "host/pls/held_out.h"
 
+#include "host/pls/latent_structure.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -47,6 +49,7 @@ std::vector<double> predict(const PreparedPls& prepared, const PlsCall& call, co
 PlsHeldOut plsHeldOut(const PreparedPls& prepared, const FoldPlan& plan, const std::vector<std::int32_t>& order,
                       int components, FoldCentring centring, Watch& watch, double from, double to) {
   const RowsOfFolds folds(prepared.folds, plan, order);
+  const std::vector<double> units(prepared.block.columns, 1.0);
   PlsHeldOut heldOut;
   heldOut.rows.resize(prepared.block.rows);
   for (std::size_t f = 0; f < folds.size(); ++f) {
@@ -58,6 +61,7 @@ PlsHeldOut plsHeldOut(const PreparedPls& prepared, const FoldPlan& plan, const s
     const Grid rows = rowsOf(prepared.block, fold.heldOut, centre);
     const PlsCall call = callPls({.block = training, .descriptors = prepared.descriptors(), .components = components},
                                  prepared.folds.seed, watch, {}, 0, 0);
+    heldOut.ranks.push_back(LatentStructure(training, units, call, call.components).components());
     for (std::size_t i = 0; call.status == 0 && i < rows.rows; ++i)
       heldOut.rows[fold.heldOut[i]].push_back({f + 1, predict(prepared, call, rows, i, centre)});
   }

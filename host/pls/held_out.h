@@ -14,6 +14,7 @@ struct PlsHeldOut {
     std::vector<double> values;  // component, response; table units
   };
   std::vector<std::vector<Prediction>> rows;  // of each model row: none, one, or several with random draws
+  std::vector<std::size_t> ranks;             // components that the training rows of each fold hold
 };
 
 enum class FoldCentring {

@@ -18,12 +18,12 @@ void scaleBy(std::vector<double>& values, double factor) {
 }
 
 // What component a adds to the coefficients of response k, in the block's units.
-std::vector<double> increment(const PreparedPls& prepared, const PlsCall& call, std::size_t a, std::size_t k) {
+std::vector<double> increment(const std::vector<double>& scales, const PlsCall& call, std::size_t a, std::size_t k) {
   std::vector<double> change(call.descriptors);
-  const double ofResponse = prepared.scales[call.descriptors + k];
+  const double ofResponse = scales[call.descriptors + k];
   for (std::size_t j = 0; j < change.size(); ++j) {
     const double before = a == 0 ? 0 : call.coefficient(j, a - 1, k);
-    change[j] = (call.coefficient(j, a, k) - before) * prepared.scales[j] / ofResponse;
+    change[j] = (call.coefficient(j, a, k) - before) * scales[j] / ofResponse;
   }
   return change;
 }
@@ -36,14 +36,13 @@ double largest(const std::vector<double>& values) {
 
 // The direction of a component: the longest of its increments; the sign is that of the increment for one response, else
 // the largest entry is positive. Empty at the level of rounding.
-std::vector<double> directionOf(const PreparedPls& prepared, const PlsCall& call, std::size_t a) {
+std::vector<double> directionOf(const std::vector<double>& scales, const PlsCall& call, std::size_t a) {
   std::vector<double> direction;
   double most = 0, reference = 0;
   for (std::size_t k = 0; k < call.responses; ++k) {
-    std::vector<double> change = increment(prepared, call, a, k);
+    std::vector<double> change = increment(scales, call, a, k);
     for (std::size_t j = 0; j < change.size(); ++j)
-      reference = std::max(
-          reference, std::abs(call.coefficient(j, a, k) * prepared.scales[j] / prepared.scales[call.descriptors + k]));
+      reference = std::max(reference, std::abs(call.coefficient(j, a, k) * scales[j] / scales[call.descriptors + k]));
     if (const double size = largest(change); size > most) {
       most = size;
       direction = std::move(change);
@@ -60,17 +59,16 @@ std::vector<double> directionOf(const PreparedPls& prepared, const PlsCall& call
 
 }  // namespace
 
-LatentStructure::LatentStructure(const PreparedPls& prepared, const PlsCall& call, std::size_t most) {
-  for (std::size_t j = 0; j < call.descriptors; ++j)
-    squares_ += dot(prepared.block.column(j), prepared.block.column(j));
+LatentStructure::LatentStructure(const Grid& block, const std::vector<double>& scales, const PlsCall& call,
+                                 std::size_t most) {
+  for (std::size_t j = 0; j < call.descriptors; ++j) squares_ += dot(block.column(j), block.column(j));
   for (std::size_t a = 0; a < std::min(most, call.components); ++a) {
-    std::vector<double> direction = directionOf(prepared, call, a);
-    if (direction.empty() || !add(prepared, std::move(direction))) return;
+    std::vector<double> direction = directionOf(scales, call, a);
+    if (direction.empty() || !add(block, std::move(direction))) return;
   }
 }
 
-bool LatentStructure::add(const PreparedPls& prepared, std::vector<double> direction) {
-  const Grid& block = prepared.block;
+bool LatentStructure::add(const Grid& block, std::vector<double> direction) {
   const std::size_t p = direction.size(), n = block.rows;
 
   // 1. Weights: what the direction has beyond those before it; r is scaled so that its part along them is 1.
@@ -92,7 +90,7 @@ bool LatentStructure::add(const PreparedPls& prepared, std::vector<double> direc
     for (std::size_t i = 0; i < n; ++i) scores[i] += column[i] * direction[j];
   }
   const double tt = dot(scores, scores);
-  if (!(tt > 0)) return false;
+  if (!(tt > kRoundingLevel * kRoundingLevel * squares_)) return false;
   for (std::size_t j = 0; j < block.columns; ++j)
     (j < p ? loadings : responseLoadings).push_back(dot(block.column(j), scores) / tt);
 
@@ -130,10 +128,9 @@ double LatentStructure::residual(std::span<const double> row, const std::vector<
   return sum;
 }
 
-std::vector<std::pair<double, double>> LatentStructure::residualMoments(const PreparedPls& prepared) const {
-  const std::size_t n = prepared.block.rows, p = prepared.descriptors();
-  std::vector<double> left(prepared.block.values.begin(),
-                           prepared.block.values.begin() + static_cast<std::ptrdiff_t>(n * p));
+std::vector<std::pair<double, double>> LatentStructure::residualMoments(const Grid& block) const {
+  const std::size_t n = block.rows, p = rotations_.empty() ? 0 : rotations_.front().size();
+  std::vector<double> left(block.values.begin(), block.values.begin() + static_cast<std::ptrdiff_t>(n * p));
   std::vector<std::pair<double, double>> moments;
   for (std::size_t a = 0; a < components(); ++a) {
     std::vector<double> distances(n, 0.0);

@@ -16,8 +16,9 @@ namespace studystats {
 
 class LatentStructure {
  public:
-  // Up to `most` components; fewer where an increment is at the level of rounding.
-  LatentStructure(const PreparedPls& prepared, const PlsCall& call, std::size_t most);
+  // block: the rows of the call, descriptors then responses; scales: table units of its columns, as the call's
+  // coefficients have them. Up to `most` components; fewer where an increment is at the level of rounding.
+  LatentStructure(const Grid& block, const std::vector<double>& scales, const PlsCall& call, std::size_t most);
 
   std::size_t components() const { return scores_.size(); }
   const std::vector<double>& weights(std::size_t a) const { return weights_[a]; }
@@ -32,13 +33,13 @@ class LatentStructure {
   const std::vector<double>& rotation(std::size_t a) const { return rotations_[a]; }  // score = row * rotation
   double variance(std::size_t a) const { return variances_[a]; }                      // of the scores
   // Mean and variance of the model rows' squared residual distances, one pair a number of components.
-  std::vector<std::pair<double, double>> residualMoments(const PreparedPls& prepared) const;
+  std::vector<std::pair<double, double>> residualMoments(const Grid& block) const;
 
   // Variable influence on projection of the first `kept` components: the squares sum to the number of descriptors.
   std::vector<double> vip(const PlsCall& call, std::size_t kept) const;
 
  private:
-  bool add(const PreparedPls& prepared, std::vector<double> direction);
+  bool add(const Grid& block, std::vector<double> direction);
 
   std::vector<std::vector<double>> rotations_, weights_, loadings_, responseLoadings_, scores_;
   std::vector<double> variances_, explained_;

@@ -178,12 +178,18 @@ void judgePredictions(PartialLeastSquares& result) {
 
 void addHeldOut(PartialLeastSquares& result, const PlsHeldOut& heldOut) {
   const auto components = static_cast<std::size_t>(result.computed);
+  for (std::size_t a = 0; a < components; ++a)
+    result.foldsWithout.push_back(static_cast<std::size_t>(
+        std::count_if(heldOut.ranks.begin(), heldOut.ranks.end(), [a](std::size_t rank) { return rank <= a; })));
   for (std::size_t i = 0; i < heldOut.rows.size(); ++i) {
     PlsRow& row = result.rows[i];
     const std::vector<PlsHeldOut::Prediction>& predictions = heldOut.rows[i];
     row.timesHeldOut = predictions.size();
     if (predictions.empty()) continue;
     if (predictions.size() == 1) row.fold = predictions.front().fold;
+    row.heldOutRank = components;
+    for (const PlsHeldOut::Prediction& prediction : predictions)
+      row.heldOutRank = std::min(row.heldOutRank, heldOut.ranks[prediction.fold - 1]);
     for (std::size_t k = 0; k < result.responses.size(); ++k) {
       row.heldOut.emplace_back(components, 0.0);
       for (const PlsHeldOut::Prediction& prediction : predictions)
@@ -270,7 +276,7 @@ Model modelOf(const PartialLeastSquares& result, const PreparedPls& prepared, co
       call.descriptors, components, [&](std::size_t a) -> const auto& { return structure.rotation(a); });
   plane.loadings = gridOf(
       call.descriptors, components, [&](std::size_t a) -> const auto& { return structure.loadings(a); });
-  for (const auto& [mean, variance] : structure.residualMoments(prepared)) {
+  for (const auto& [mean, variance] : structure.residualMoments(prepared.block)) {
     plane.qMeans.push_back(mean);
     plane.qVariances.push_back(variance);
   }
@@ -325,7 +331,7 @@ PartialLeastSquares partialLeastSquares(const TableView& table, const PartialLea
   result.kept = static_cast<int>(kept);
   for (std::size_t k = 0; k < call.responses; ++k)
     result.responses.push_back(responseResult(prepared, call, k, kept, options.responses[k]));
-  const LatentStructure structure(prepared, call, call.components);
+  const LatentStructure structure(prepared.block, prepared.scales, call, call.components);
   addStructure(result, structure, call);
 
   // 3. The rows: in the model, kept out, held out.

@@ -41,6 +41,7 @@ Json jsonRow(const PlsRow& row) {
   json["fitted"] = jsonNumbers(row.fitted);
   json["held_out"] = Json::array();
   for (const std::vector<double>& predictions : row.heldOut) json["held_out"].push_back(jsonNumbers(predictions));
+  json["held_out_rank"] = row.heldOut.empty() ? Json(nullptr) : Json(row.heldOutRank);
   json["times_held_out"] = row.timesHeldOut;
   json["fold"] = row.fold == 0 ? Json(nullptr) : Json(row.fold);
   json["scores"] = jsonNumbers(row.scores);
@@ -66,14 +67,15 @@ std::string exactOr(const std::optional<double>& value) { return value ? exact(*
 std::string componentsCsv(const PartialLeastSquares& result) {
   CsvText csv;
   csv.row({"response", "components", "x_explained", "r2", "q2", "rmse", "rmse_cross_validated", "rss", "press",
-           "press_ratio", "kept"});
+           "press_ratio", "kept", "folds_without"});
   for (const PlsResponse& response : result.responses)
     for (std::size_t a = 0; a < response.components.size(); ++a) {
       const PlsFigures& figures = response.components[a];
       csv.row({response.name, std::to_string(a + 1), a < result.explained.size() ? exact(result.explained[a]) : "",
                exact(figures.r2), exact(figures.q2), exact(figures.rmse), exact(figures.crossValidatedRmse),
                exact(figures.rss), exact(figures.press), exact(figures.ratio),
-               a + 1 == static_cast<std::size_t>(result.kept) ? "yes" : "no"});
+               a + 1 == static_cast<std::size_t>(result.kept) ? "yes" : "no",
+               result.foldsWithout.empty() ? std::string() : std::to_string(result.foldsWithout[a])});
     }
   return csv.text();
 }
@@ -112,6 +114,19 @@ std::string loadingsCsv(const PartialLeastSquares& result) {
   return csv.text();
 }
 
+// Held-out rows by every number of components. Beyond the rank of a row's training rows a prediction repeats those
+// before it, or rests on rounding.
+std::string heldOutCsv(const PartialLeastSquares& result) {
+  CsvText csv;
+  csv.row({"name", "response", "components", "observed", "held_out", "times_held_out", "beyond_rank"});
+  for (const PlsRow& row : result.rows)
+    for (std::size_t k = 0; k < row.heldOut.size(); ++k)
+      for (std::size_t a = 0; a < row.heldOut[k].size(); ++a)
+        csv.row({row.name, result.responses[k].name, std::to_string(a + 1), exactOr(row.observed[k]),
+                 exact(row.heldOut[k][a]), std::to_string(row.timesHeldOut), a < row.heldOutRank ? "no" : "yes"});
+  return csv.text();
+}
+
 }  // namespace
 
 std::string toJson(const PartialLeastSquares& result) {
@@ -121,7 +136,8 @@ std::string toJson(const PartialLeastSquares& result) {
       {"kept", result.kept},
       {"rule", nameOf(result.choice.kind)},
       {"ratio_limit", result.choice.kind == ComponentChoice::Kind::Ratio ? Json(result.choice.limit) : Json(nullptr)},
-      {"x_explained", jsonNumbers(result.explained)}};
+      {"x_explained", jsonNumbers(result.explained)},
+      {"folds_without", result.foldsWithout.empty() ? Json(nullptr) : Json(result.foldsWithout)}};
   json["validation"] = jsonPlan(result.plan);
   json["responses"] = Json::array();
   for (const PlsResponse& response : result.responses) json["responses"].push_back(jsonResponse(response));
@@ -142,6 +158,7 @@ std::vector<CsvFile> toTables(const PartialLeastSquares& result) {
   return {{"components.csv", componentsCsv(result)},
           {"coefficients.csv", coefficientsCsv(result)},
           {"loadings.csv", loadingsCsv(result)},
+          {"held_out.csv", heldOutCsv(result)},
           {"rows.csv", rowsAsCsv(result)}};
 }
 

@@ -32,6 +32,22 @@ void remarkOnDuplicates(PartialLeastSquares& result) {
                             {}});
 }
 
+// A component that some fold's training rows do not hold is validated by the others alone.
+void remarkOnRank(PartialLeastSquares& result) {
+  for (std::size_t a = 0; a < result.foldsWithout.size(); ++a) {
+    const std::size_t folds = result.foldsWithout[a];
+    if (folds == 0) continue;
+    result.remarks.push_back(
+        {a < static_cast<std::size_t>(result.kept) ? Severity::Warning : Severity::Note,
+         "beyond-rank",
+         fmt::format("the training rows of {} of {} folds hold no component {}: there its predictions repeat those of "
+                     "fewer components, or rest on rounding.",
+                     folds, result.plan.folds, a + 1),
+         {}});
+    return;
+  }
+}
+
 // "residual distance 1.7 to 10.0 times its 95 % limit"
 std::string reach(const PartialLeastSquares& result, double least, double most, const char* name) {
   return least == most ? fmt::format("{} {} times its {} limit", name, fixed(most, 1), percent(result.level, 0))
@@ -107,6 +123,7 @@ void remarkOnNeverHeldOut(PartialLeastSquares& result) {
 void remarkOnPls(PartialLeastSquares& result) {
   remarkOnPrediction(result);
   remarkOnDuplicates(result);
+  remarkOnRank(result);
   remarkOnDomain(result);
   remarkOnNeverHeldOut(result);
   remarkOnCentring(result);

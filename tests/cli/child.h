@@ -57,7 +57,7 @@ class Child {
 
   void feed(std::string_view text) const;        // more standard input
   void waitUntilItCatches(int signal) const;     // has its own handler for it
-  bool waitForError(std::string_view fragment);  // until it stands on standard error; false after ten seconds
+  bool waitForError(std::string_view fragment);  // until it stands on standard error; false when it takes too long
   void send(int signal) const;
 
   int wait();  // exit status, or 1000 + signal; reaps the child

@@ -9,6 +9,7 @@
 
 #include "host/da/canonical.h"
 #include "host/da/discriminant_call.h"
+#include "tests/host/draws.h"
 
 namespace studystats {
 namespace {
@@ -167,20 +168,32 @@ TEST(Discriminant, RowsWithoutAClassChangeNothingButTheirOwnClass) {
 }
 
 // Every fold run again names the rows that the analysis only counts.
+void expectRowsToMakeTheConfusion(const Discriminant& result) {
+  std::map<std::string, std::size_t> right;
+  std::size_t held = 0;
+  for (const DiscriminantRow& row : result.rows) {
+    held += row.timesHeldOut;
+    if (row.timesHeldOut > 0 && row.heldOutClass == row.known) ++right[row.known];
+  }
+  for (const DiscriminantClass& entry : result.classes) EXPECT_EQ(right[entry.name], entry.heldOutCorrect);
+  EXPECT_EQ(result.validation->confusion.total(), held);
+}
+
 TEST(Discriminant, NamesTheRowsThatItsConfusionMatrixCounts) {
   for (const char* name : {"iris.csv", "wine.csv"})
-    for (const ClassSelection& selection : {ClassSelection{}, ClassSelection{ClassSelection::Kind::Number, 2}})
-      for (const Folds& folds : {Folds::systematic(3), Folds::systematic(7), Folds::leaveOneOut()}) {
+    for (const ClassSelection& selection : {ClassSelection{}, ClassSelection{ClassSelection::Kind::Number, 2}}) {
+      const auto run = [table = example(name), name, &selection](const Folds& folds) {
         DiscriminantOptions options = ofClass(name[0] == 'i' ? "Species" : "cultivar", folds);
         options.selection = selection;
-        const Discriminant result = discriminate(example(name), options);
-        std::map<std::string, std::size_t> right;
-        for (const DiscriminantRow& row : result.rows) {
-          EXPECT_EQ(row.timesHeldOut, 1u);
-          if (row.heldOutClass == row.known) ++right[row.known];
-        }
-        for (const DiscriminantClass& entry : result.classes) EXPECT_EQ(right[entry.name], entry.heldOutCorrect);
+        return discriminate(table, options);
+      };
+      for (const Folds& folds : {Folds::systematic(3), Folds::systematic(7), Folds::leaveOneOut()}) {
+        const Discriminant result = run(folds);
+        expectRowsToMakeTheConfusion(result);
+        for (const DiscriminantRow& row : result.rows) EXPECT_EQ(row.timesHeldOut, 1u);
       }
+      expectRowsToMakeTheConfusion(test::withDrawsApart({3, 0.02}, run));
+    }
   const Discriminant random = discriminate(example("wine.csv"), ofClass("cultivar", Folds::random({40, 0.1}, 5)));
   std::size_t held = 0;
   for (const DiscriminantRow& row : random.rows) held += row.timesHeldOut;

@@ -7,6 +7,8 @@
 #include <cmath>
 #include <numeric>
 
+#include "tests/host/draws.h"
+
 namespace studystats {
 namespace {
 
@@ -104,30 +106,73 @@ TEST(Pls, StructureAndEquationAgree) {
   }
 }
 
-// Every fold fitted again predicts what the analysis summed up.
-TEST(Pls, HeldOutPredictionsMakeThePress) {
-  const Table oil = example("oliveoil.csv");
-  for (const Folds& folds : {Folds::leaveOneOut(), Folds::systematic(3), Folds::systematic(7)}) {
-    const PartialLeastSquares result = partialLeastSquares(oil, oliveOil(folds));
-    for (std::size_t k = 0; k < result.responses.size(); ++k)
-      for (std::size_t a = 0; a < 4; ++a) {
-        double press = 0;
-        for (const PlsRow& row : result.rows) press += std::pow(row.heldOut[k][a] - *row.observed[k], 2);
-        EXPECT_NEAR(press / result.responses[k].components[a].press, 1, 1e-9) << k << ' ' << a;
+// Every fold fitted again predicts what the analysis summed up. Draws that hold out some of the rows are weighted up to
+// all of them.
+void expectHeldOutToMakeThePress(const PartialLeastSquares& result, const std::string& table) {
+  for (std::size_t k = 0; k < result.responses.size(); ++k)
+    for (std::size_t a = 0; a < static_cast<std::size_t>(result.computed); ++a) {
+      double press = 0;
+      std::size_t rows = 0, held = 0;
+      for (const PlsRow& row : result.rows) {
+        if (row.role != Role::Model) continue;
+        ++rows;
+        if (row.timesHeldOut == 0) continue;
+        ++held;
+        EXPECT_EQ(row.timesHeldOut, 1u) << table;
+        press += std::pow(row.heldOut[k][a] - *row.observed[k], 2);
       }
+      press *= static_cast<double>(rows) / static_cast<double>(held);
+      EXPECT_NEAR(press / result.responses[k].components[a].press, 1, 1e-9) << table << ' ' << k << ' ' << a;
+    }
+}
+
+TEST(Pls, HeldOutPredictionsMakeThePress) {
+  const struct {
+    std::string table;
+    PartialLeastSquaresOptions options;
+  } cases[] = {{"oliveoil.csv", oliveOil({})},
+               {"gasoline.csv", gasoline()},
+               {"linnerud.csv", {.responses = {"Weight", "Waist", "Pulse"}, .components = 2}},
+               {"bloodbrain.csv", {.responses = {"logBBB"}, .components = 5}},
+               {"airquality.csv", {.responses = {"Ozone"}, .components = 3}},
+               {"cement.csv", {.responses = {"y"}, .components = 2}},
+               {"longley.csv", {.responses = {"Employed"}, .components = 3}},
+               {"iris.csv", {.responses = {"Petal.Width"}, .components = 2}},
+               {"wine.csv", {.responses = {"alcohol"}, .components = 4}}};
+  for (const auto& [name, options] : cases) {
+    const auto run = [table = example(name), &options = options](const Folds& folds) {
+      PartialLeastSquaresOptions asked = options;
+      asked.folds = folds;
+      return partialLeastSquares(table, asked);
+    };
+    for (const Folds& folds : {Folds::leaveOneOut(), Folds::systematic(3), Folds::systematic(7)})
+      expectHeldOutToMakeThePress(run(folds), name);
+    expectHeldOutToMakeThePress(test::withDrawsApart({3, 0.02}, run), name);
   }
-  // Two random draws of four rows, none of them twice: weighted up to all sixteen rows.
-  const PartialLeastSquares random = partialLeastSquares(oil, oliveOil(Folds::random({2, 0.25}, 17)));
-  double squares = 0;
-  std::size_t once = 0;
-  for (const PlsRow& row : random.rows) {
-    if (row.timesHeldOut == 0) continue;
-    ASSERT_EQ(row.timesHeldOut, 1u) << "take a seed that draws eight rows";
-    ++once;
-    squares += std::pow(row.heldOut[0][0] - *row.observed[0], 2);
+}
+
+// d = a + b + c but in the last two rows, one above and one below: a fold that holds both out (the first, dealt along
+// y) trains on three dimensions, not four, in the centring of all rows.
+TEST(Pls, MarksComponentsBeyondTheRankOfATrainingSet) {
+  Table table{.name = "t.csv"};
+  table.columns = {{.name = "a", .numbers = {3, 1, 4, 1, 5, 9, 2, 6, 5, 3}},
+                   {.name = "b", .numbers = {2, 7, 1, 8, 2, 8, 1, 8, 2, 8}},
+                   {.name = "c", .numbers = {1, 4, 1, 4, 2, 1, 3, 5, 6, 2}},
+                   {.name = "d", .numbers = {6, 12, 6, 13, 9, 18, 6, 19, 12, 14}},
+                   {.name = "y", .numbers = {5, 8, 3, 9, 2, 7, 1.5, 4, 1, 4.5}}};
+  for (const Scaling scaling : {Scaling::Autoscale, Scaling::Centre}) {
+    const PartialLeastSquares result = partialLeastSquares(table, {.responses = {"y"},
+                                                                   .components = 4,
+                                                                   .choice = {ComponentChoice::Kind::Number, 0.95, 2},
+                                                                   .folds = Folds::systematic(5),
+                                                                   .data = {.scaling = scaling}});
+    EXPECT_EQ(result.foldsWithout, (std::vector<std::size_t>{0, 0, 0, 1}));
+    for (std::size_t i = 0; i < 10; ++i) EXPECT_EQ(result.rows[i].heldOutRank, i >= 8 ? 3u : 4u) << i;
+    const Remark* remark = remarkOf(result, "beyond-rank");
+    ASSERT_NE(remark, nullptr);
+    EXPECT_EQ(remark->severity, Severity::Note) << "the model keeps fewer";
+    EXPECT_TRUE(remark->text.starts_with("the training rows of 1 of 5 folds hold no component 4")) << remark->text;
   }
-  EXPECT_EQ(once, 8u);
-  EXPECT_NEAR(squares * 16 / 8 / random.responses[0].components[0].press, 1, 1e-9);
 }
 
 TEST(Pls, RowsKeptOutChangeNothingButTheirOwnPrediction) {

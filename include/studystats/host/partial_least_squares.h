@@ -75,6 +75,8 @@ struct PlsRow {
   std::vector<double> fitted;                   // one a response, by the model kept
   std::vector<std::vector<double>> heldOut;     // response, number of components - 1: the mean of the predictions while
                                                 // held out; empty for rows never held out
+  std::size_t heldOutRank = 0;  // components that the training rows of every such fold hold: predictions by more repeat
+                                // those by so many, or rest on rounding
   std::size_t timesHeldOut = 0;
   std::size_t fold = 0;        // from 1, when held out once
   std::vector<double> scores;  // one a kept component
@@ -93,7 +95,9 @@ struct PartialLeastSquares {
   Grid loadings;                  // descriptors x kept: projection of the prepared descriptors on the scores
   Grid responseLoadings;          // responses x kept
   std::vector<double> vip;        // one a descriptor; their squares sum to the number of descriptors
-  std::vector<PlsRow> rows;       // the model's in table order, then those only predicted
+  std::vector<std::size_t> foldsWithout;  // folds whose training rows hold no such component, one a computed component;
+                                          // empty without heldOutRows
+  std::vector<PlsRow> rows;               // the model's in table order, then those only predicted
   FoldPlan plan;
   double level = 0.95;
   std::optional<double> t2Limit;  // as for principal components
