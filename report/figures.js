@@ -24,7 +24,9 @@ class PageFigure {
     const save = element("button", {type: "button", title: "Save the figure as SVG"}, "SVG");
     save.addEventListener("click", () => this.save());
     this.controls = element("div", {class: "controls"});
-    this.plot = element("div", {class: "plot", role: "img", tabindex: "0", "aria-label": `${title}. ${alternative}`});
+    this.canvas = element("div");  // apart from the plot, whose label Vega would take away
+    this.plot = element("div", {class: "plot", role: "img", tabindex: "0", "aria-label": `${title}. ${alternative}`},
+                        this.canvas);
     this.node = element("figure", {id: name, class: wide ? "wide" : ""},
                         element("div", {class: "figure-head"}, element("h3", {}, title), save), this.controls, this.plot,
                         element("figcaption", {}, caption));
@@ -39,13 +41,15 @@ class PageFigure {
     return chart;
   }
 
-  // Charts of several panels cannot take the page's width by themselves: as many stand beside each other as have room.
+  // Panels cannot take the page's width by themselves: as many stand beside each other as have room, in even lines.
   fitted(chart) {
-    const {panels, least, gap, margin} = chart.usermeta ?? {};
+    const {concat: panels, usermeta} = chart;
     if (!panels) return chart;
-    const room = (this.plot.clientWidth || 560) - margin;
-    chart.columns = Math.max(1, Math.min(panels, Math.floor(room / (least + gap))));
-    chart.spec.width = Math.max(60, Math.floor(room / chart.columns) - gap);
+    const room = this.plot.clientWidth || 560;
+    const most = Math.max(1, Math.floor(room / (usermeta.least + usermeta.gap)));
+    const lines = Math.ceil(panels.length / most);
+    chart.columns = Math.ceil(panels.length / lines);
+    for (const panel of panels) panel.width = Math.max(60, Math.floor(room / chart.columns) - usermeta.gap);
     return chart;
   }
 
@@ -53,8 +57,8 @@ class PageFigure {
     const {palette, config} = this.page;
     const {datasets, ...look} = this.fitted(this.chart());
     const chart = {...themed(look, palette), datasets};
-    const result = await vegaEmbed(this.plot, chart, {
-      renderer: "svg", actions: false, ast: true, bind: this.controls, config: themed(config, palette),
+    const result = await vegaEmbed(this.canvas, chart, {
+      mode: "vega-lite", renderer: "svg", actions: false, ast: true, bind: this.controls, config: themed(config, palette),
       tooltip: {theme: "custom", disableDefaultStyle: false},
     });
     this.view = result.view;

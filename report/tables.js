@@ -2,6 +2,7 @@
 "use strict";
 
 const kFirstRows = 12;
+const kWideBars = 3;  // of more columns with bars, each has a short one
 
 // `digits` significant digits without an exponent where that is short, as the command prints them.
 function significant(value, digits) {
@@ -89,7 +90,8 @@ class PageTable {
       return element("th", {scope: "col", class: column.kind === "text" ? "text" : ""}, button);
     });
     this.body = element("tbody");
-    const grid = element("table", {"aria-label": title},
+    const bars = columns.filter(column => column.kind === "bar").length;
+    const grid = element("table", {"aria-label": title, class: bars > kWideBars ? "slim" : ""},
                          element("thead", {}, element("tr", {}, ...this.headings)), this.body);
     this.node = element("div", {class: "table", id: name}, head);
     if (note) this.node.append(element("p", {class: "note"}, note));

@@ -83,6 +83,16 @@ Json lines(const std::string& data, int step, std::size_t names, Json layers) {
   return layered(data, step * static_cast<int>(std::max<std::size_t>(names, 2)), std::move(layers));
 }
 
+Json panels(const std::string& data, Json views, int least, int gap) {
+  constexpr int kBeside = 3;
+  for (Json& view : views) view["width"] = std::max(least, 140);
+  return {{"data", {{"name", data}}},
+          {"concat", std::move(views)},
+          {"columns", kBeside},
+          {"spacing", 12},
+          {"usermeta", {{"least", least}, {"gap", gap}}}};
+}
+
 std::string finished(const Json& chart) { return chart.dump(-1, ' ', false, Json::error_handler_t::replace); }
 
 Extent extentOf(std::initializer_list<const TableColumn*> columns) {

@@ -49,6 +49,9 @@ Json layered(const std::string& data, int height, Json layers);
 // The same with so many names on the vertical axis, each a line of `step` pixels.
 Json lines(const std::string& data, int step, std::size_t names, Json layers);
 
+// Charts beside each other, each at least so wide and with so much room for its axes; the page chooses how many a line.
+Json panels(const std::string& data, Json views, int least, int gap);
+
 std::string finished(const Json& chart);
 
 // The smallest and the largest of the numbers that are numbers, and a margin of one in thirty to both sides.

@@ -19,6 +19,7 @@ namespace {
 constexpr double kNoGroups = 0.25;   // Kaufman & Rousseeuw (1990), Finding Groups in Data: no structure below
 constexpr double kReasonable = 0.5;  // and a reasonable one above this
 constexpr std::size_t kNamedLeaves = 70;
+constexpr std::size_t kLeafRoom = 110;
 constexpr std::size_t kApart = 3;  // descriptors that set a cluster apart
 
 std::string methodText(const Clusters& result) {
@@ -38,15 +39,17 @@ std::string answerOf(const Clusters& result) {
   if (result.method == ClusterMethod::Neighbours)
     return fmt::format("The {} nearest rows of each of {}.", result.neighbours,
                        counted(result.used.rows.size(), "row", "rows"));
+  const auto best = std::max_element(result.silhouettes.begin(), result.silhouettes.end(),
+                                     [](const auto& a, const auto& b) { return a.silhouette < b.silhouette; });
   if (!result.clusters.empty()) {
     std::string text = fmt::format("{} in {}", counted(result.used.rows.size(), "row", "rows"),
                                    counted(result.clusters.size(), "cluster", "clusters"));
     if (result.silhouette)
       text += fmt::format(", mean silhouette {}: {}", fixed(*result.silhouette, 2), strengthText(*result.silhouette));
+    if (result.silhouette && best != result.silhouettes.end() && best->silhouette > *result.silhouette)
+      text += fmt::format("; {} clusters would have {}", best->clusters, fixed(best->silhouette, 2));
     return text + ".";
   }
-  const auto best = std::max_element(result.silhouettes.begin(), result.silhouettes.end(),
-                                     [](const auto& a, const auto& b) { return a.silhouette < b.silhouette; });
   if (best == result.silhouettes.end()) return "No cut was asked for.";
   return fmt::format("No cut was asked for. Of 2 to {} clusters, {} have the highest silhouette, {}: {}.",
                      result.silhouettes.back().clusters, best->clusters, fixed(best->silhouette, 2),
@@ -54,7 +57,7 @@ std::string answerOf(const Clusters& result) {
 }
 
 ReportFrame frameOf(const Clusters& result) {
-  ReportFrame frame{{"", "value"}, {{"method", methodText(result)}}};
+  ReportFrame frame{{"", "value"}, {}};
   if (result.silhouette) frame.rows.push_back({"mean silhouette", fixed(*result.silhouette, 3)});
   if (result.betweenShare) frame.rows.push_back({"variance between clusters", percent(*result.betweenShare)});
   if (result.cut && result.cut->below && result.cut->above)
@@ -200,7 +203,11 @@ Json clusterChannel(const Clusters& result, const char* field, bool shapes, bool
   return channel;
 }
 
-ReportFigure tree(const Clusters& result, std::size_t leaves) {
+ReportFigure tree(const Clusters& result, const Table& leafTable) {
+  const std::size_t leaves = leafTable.rows();
+  std::size_t longest = 0;
+  for (const std::string& label : column(leafTable, "label").texts) longest = std::max(longest, label.size());
+  const std::size_t room = std::min<std::size_t>(12 + 6 * longest, kLeafRoom);  // below the axis, for the names
   const Json x{{"field", "x"},
                {"type", "quantitative"},
                {"axis", nullptr},
@@ -228,7 +235,7 @@ ReportFigure tree(const Clusters& result, std::size_t leaves) {
                         {"baseline", "middle"},
                         {"fontSize", 10},
                         {"dx", -4},
-                        {"limit", 110}}},
+                        {"limit", kLeafRoom}}},
                       {"encoding",
                        {{"x", x},
                         {"y", {{"datum", 0}, {"type", "quantitative"}}},
@@ -257,7 +264,7 @@ ReportFigure tree(const Clusters& result, std::size_t leaves) {
               result.cut ? " The dashed line is the cut." : ""),
           [&] {
             Json chart = layered("dendrogram", 320, std::move(layers));
-            if (named) chart["padding"] = {{"left", 4}, {"top", 4}, {"right", 4}, {"bottom", 110}};
+            if (named) chart["padding"] = {{"left", 4}, {"top", 4}, {"right", 4}, {"bottom", room}};
             return finished(chart);
           }(),
           true};
@@ -305,8 +312,9 @@ ReportFigure silhouettesByNumber(const Clusters& result) {
       "silhouettes-by-number", "Silhouettes of 2 clusters and more",
       fmt::format("Line: the mean silhouette of cuts into {} to {} clusters.", result.silhouettes.front().clusters,
                   result.silhouettes.back().clusters),
-      "1 is a perfect separation. Below the dashed 0.25 the clusters are no groups, but a way to divide the rows. The "
-      "diamond is the number taken.",
+      std::string("1 is a perfect separation. Below the dashed 0.25 the clusters are no groups, but a way to divide "
+                  "the rows.") +
+          (result.clusters.empty() ? "" : " The diamond is the number taken."),
       finished(layered("silhouettes", 280, std::move(layers)))};
 }
 
@@ -325,9 +333,11 @@ ReportFigure silhouettePlot(const Clusters& result, std::size_t rows) {
         {"color", clusterChannel(result, "cluster", false, true)},
         {"tooltip", tips({{"row", "row", false}, {"cluster", "cluster", false}, {"silhouette", "silhouette"}})}}}};
   bars["encoding"]["x"]["stack"] = nullptr;
-  return {"silhouettes", "Silhouettes", fmt::format("Bars: the silhouettes of {} rows, by cluster.", rows),
-          "A bar to the left belongs to a row that is nearer to another cluster than to its own.",
-          finished(layered("silhouetteRows", 360, Json::array({std::move(bars), limitLine("x", *result.silhouette)})))};
+  return {
+      "silhouettes", "Silhouettes", fmt::format("Bars: the silhouettes of {} rows, by cluster.", rows),
+      "A bar to the left belongs to a row that is nearer to another cluster than to its own. The dashed line is the "
+      "mean.",
+      finished(layered("silhouetteRows", 360, Json::array({std::move(bars), limitLine("x", *result.silhouette)})))};
 }
 
 ReportFigure sizes(const Clusters& result) {
@@ -338,9 +348,13 @@ ReportFigure sizes(const Clusters& result) {
               {"color", clusterChannel(result, "cluster", false, false)},
               {"tooltip",
                tips({{"cluster", "cluster", false}, {"rows", "rows"}, {"representative", "representative", false}})}}}};
+  Json counts = bars;
+  counts["mark"] = {{"type", "text"}, {"align", "left"}, {"dx", 4}};
+  counts["encoding"]["text"] = {{"field", "rows"}, {"type", "quantitative"}};
+  counts["encoding"]["color"] = {{"value", kInk.light}};
   return {"sizes", "Sizes", fmt::format("Bars: the number of rows in each of {} clusters.", result.clusters.size()),
           "Clusters count from the largest.",
-          finished(lines("clusters", 26, result.clusters.size(), Json::array({std::move(bars)})))};
+          finished(lines("clusters", 26, result.clusters.size(), Json::array({std::move(bars), std::move(counts)})))};
 }
 
 ReportFigure neighbourDistances() {
@@ -380,7 +394,7 @@ std::vector<ReportFigure> figuresOf(const Clusters& result, bool placed, ReportP
   }
   if (result.history) {
     Dendrogram drawn = dendrogramOf(result);
-    figures.push_back(tree(result, drawn.leaves.rows()));
+    figures.push_back(tree(result, drawn.leaves));
     page.data.push_back(std::move(drawn.segments));
     page.data.push_back(std::move(drawn.leaves));
   }
@@ -396,15 +410,15 @@ std::vector<ReportTable> tablesOf(const Clusters& result) {
                          "clusters",
                          {{"cluster", "cluster"},
                           {"rows", "rows", CellKind::Whole},
-                          {"representative", "representative"},
                           {"silhouette", "silhouette", CellKind::Fixed, 2},
                           {"misplaced", "nearer to another", CellKind::Whole},
-                          {"spread", "spread", CellKind::Number, 3}}};
+                          {"apart", "set apart by (in sd)"}}};
     for (std::size_t k = 0; k < result.responses.size(); ++k)
       clusters.columns.push_back({fmt::format("response{}", k), "mean " + result.responses[k], CellKind::Number, 3});
     for (std::size_t c = 0; c < result.classes.size(); ++c)
       clusters.columns.push_back({fmt::format("class{}", c), result.classes[c], CellKind::Whole});
-    clusters.columns.push_back({"apart", "set apart by (in sd)"});
+    clusters.columns.push_back({"representative", "representative"});
+    clusters.columns.push_back({"spread", "spread", CellKind::Number, 3});
     tables.push_back(std::move(clusters));
   }
   if (!result.silhouettes.empty())
@@ -415,7 +429,7 @@ std::vector<ReportTable> tablesOf(const Clusters& result) {
                       {{"clusters", "clusters", CellKind::Whole},
                        {"silhouette", "silhouette", CellKind::Fixed, 3},
                        {"height", "height", CellKind::Number, 4},
-                       {"asked", ""}}});
+                       {"asked", "cut"}}});
   ReportTable rows{"rows", "Rows", samplingText(result.rows.size()), "rows", {{"row", rowHeading(result.used)}}};
   if (!result.used.predictedRows.empty()) rows.columns.push_back({"role", "role"});
   if (!result.classColumn.empty()) rows.columns.push_back({"label", result.classColumn});
@@ -466,7 +480,7 @@ ReportPage reportPage(const Clusters& result, const ReportContext& context) {
   page.analysis = "cluster";
   page.title = (result.method == ClusterMethod::Neighbours ? "Neighbours of rows of " : "Clusters of ") +
                nameOfTable(result.used);
-  page.subtitle = madeFrom(result.used);
+  page.subtitle = fmt::format("{}; {}", madeFrom(result.used), methodText(result));
   page.answer = answerOf(result);
   page.frame = frameOf(result);
   page.data = {rowsOf(result, scores), clustersOf(result), silhouettesOf(result)};

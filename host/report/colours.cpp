@@ -75,6 +75,7 @@ Json chartConfig() {
             {"orient", "top"},
             {"symbolStrokeWidth", 1.5},
             {"labelLimit", 220}}},
+          {"title", {{"color", kInk.light}, {"fontSize", 12}, {"fontWeight", "normal"}, {"offset", 6}}},
           {"header", {{"labelColor", kInk.light}, {"titleColor", kInk.light}, {"labelFontSize", 12}}},
           {"text", {{"color", kInk.light}}},
           {"rule", {{"color", kLine.light}}},

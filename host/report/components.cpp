@@ -162,6 +162,10 @@ std::string unitOfNames(const std::vector<std::string>& names) {
   return unit;
 }
 
+Json positions(const std::vector<std::string>& names) {
+  return with(quantitative("position", unitOfNames(names)), "axis", {{"format", "~r"}});  // 1500, not 1,500
+}
+
 Json scoreChart(const ScorePlot& plot) {
   Json marks{{"mark", {{"type", "point"}, {"fillOpacity", 0.85}}},
              {"encoding", {{"x", across(plot)}, {"y", up(plot)}, {"tooltip", plot.tooltip}}}};
@@ -187,7 +191,7 @@ Json scoreChartByColumn(const ScorePlot& plot, const std::vector<std::string>& c
                 {{"field", "shade"},
                  {"type", "quantitative"},
                  {"title", nullptr},
-                 {"scale", {{"scheme", "viridis"}, {"reverse", true}}}}},
+                 {"scale", {{"scheme", {{"name", "viridis"}, {"extent", {0.15, 1}}}}, {"reverse", true}}}}},
                {"tooltip", plot.tooltip}}}};
   marks["encoding"]["tooltip"].push_back(
       {{"field", "shade"}, {"type", "quantitative"}, {"title", "value"}, {"format", ".4~g"}});
@@ -237,7 +241,8 @@ ColouringColumns colouringColumns(const ReportContext& context, const UsedData& 
 
   // Responses and the like first: they are what the plane is asked about.
   std::vector<const TableView::Column*> columns;
-  const std::unordered_set<std::string_view> descriptors(used.descriptors.begin(), used.descriptors.end());
+  std::unordered_set<std::string_view> descriptors(used.descriptors.begin(), used.descriptors.end());
+  for (const SameInformation& repeat : used.setAside) descriptors.insert(repeat.setAside);
   for (const bool descriptor : {false, true})
     for (const TableView::Column& column : table.columns())
       if (column.kind == ColumnKind::Numeric && column.name != used.idColumn &&

@@ -18,7 +18,8 @@ constexpr std::size_t kNamedBars = 40;  // descriptors that a chart names, one a
 // names are not of this kind, or few.
 std::vector<double> numbersInNames(const std::vector<std::string>& names);
 
-// What is common to those names beside the number: "nm".
+// The axis of those numbers, in the field "position", titled by what the names have in common beside them: "nm".
+Json positions(const std::vector<std::string>& names);
 std::string unitOfNames(const std::vector<std::string>& names);
 
 // The scores of rows on two components chosen on the page, with the ellipse within which a row lies with probability

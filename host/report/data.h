@@ -46,7 +46,7 @@ class ReportData {
 // Numbers 0 ... n - 1, or kMostReportRows of them spread evenly.
 std::vector<std::size_t> shownRows(std::size_t n);
 
-// "5,000 of 12,345 rows, spread evenly over the table"; empty when all are shown.
+// "5000 of 12345 rows, spread evenly over the table"; empty when all are shown.
 std::string samplingText(std::size_t n);
 
 // The rows that a page shows of a result's.

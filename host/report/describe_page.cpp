@@ -15,10 +15,11 @@
 namespace studystats {
 namespace {
 
-constexpr std::size_t kPanels = 16;    // columns drawn beside each other
-constexpr std::size_t kHeatMap = 36;   // columns of the correlation heat map
-constexpr std::size_t kMissing = 40;   // columns with missing cells, most first
-constexpr std::size_t kFindings = 12;  // names that a finding lists
+constexpr std::size_t kPanels = 16;       // columns drawn beside each other
+constexpr std::size_t kHeatMap = 36;      // columns of the correlation heat map
+constexpr std::size_t kWrittenSide = 10;  // of which each cell has room for its number
+constexpr std::size_t kMissing = 40;      // columns with missing cells, most first
+constexpr std::size_t kFindings = 12;     // names that a finding lists
 
 std::string nameOfFile(const Description& description) {
   return description.table.substr(description.table.find_last_of('/') + 1);
@@ -155,23 +156,14 @@ Json histogramBars(int height, bool titles) {
 }
 
 ReportFigure everyHistogram(const std::vector<std::string>& columns) {
-  Json bars = histogramBars(70, false);
-  bars["width"] = 120;
-  Json chart{{"data", {{"name", "histogram"}}},
-             {"facet",
-              {{"field", "column"},
-               {"type", "nominal"},
-               {"title", nullptr},
-               {"sort", columns},
-               {"header", {{"labelLimit", 130}}}}},
-             {"columns", 4},
-             {"spacing", {{"row", 12}, {"column", 12}}},
-             {"spec", std::move(bars)},
-             {"resolve", {{"scale", {{"x", "independent"}, {"y", "independent"}}}}},
-             {"usermeta", {{"panels", 4}, {"least", 75}, {"gap", 48}, {"margin", 0}}}};
+  Json views = Json::array();
+  for (const std::string& column : columns) {
+    views.push_back(onlyWhere(histogramBars(70, false), "datum.column == " + Json(column).dump()));
+    views.back()["title"] = {{"text", column}, {"limit", 140}};
+  }
   return {"histograms", "How the values are spread", fmt::format("Histograms of {} columns.", columns.size()),
           "A bar is the number of rows with a value in its range; every column has scales of its own.",
-          finished(chart)};
+          finished(panels("histogram", std::move(views), 75, 48))};
 }
 
 ReportFigure oneHistogram(const std::vector<std::string>& columns) {
@@ -232,7 +224,17 @@ ReportFigure correlations(std::size_t shownCount, std::size_t all) {
                  {"scale", {{"domain", {0, 1}}, {"range", {0, 1}}}},
                  {"legend", nullptr}}},
                {"tooltip", tips({{"first", "", false}, {"second", "with", false}, {"r", "r"}})}}}};
-  Json chart = layered("correlations", side, Json::array({std::move(cells)}));
+  Json layers = Json::array({cells});
+  if (shownCount <= kWrittenSide) {
+    Json text = cells;
+    text["mark"] = {{"type", "text"}, {"fontSize", 11}};
+    text["encoding"].erase("opacity");
+    text["encoding"]["text"] = {{"field", "r"}, {"type", "quantitative"}, {"format", ".2f"}};
+    text["encoding"]["color"] = {{"condition", {{"test", "datum.size > 0.6"}, {"value", kPaper.light}}},
+                                 {"value", kInk.light}};
+    layers.push_back(std::move(text));
+  }
+  Json chart = layered("correlations", side, std::move(layers));
   const std::string cut =
       shownCount < all ? fmt::format(" The {} columns of the strongest pairs, of {}.", shownCount, all) : "";
   return {
@@ -259,13 +261,13 @@ std::vector<ReportTable> tablesOf(const Description& description) {
                                     {"different", "different", CellKind::Whole},
                                     {"kind", "kind"}}}};
   tables.push_back(
-      {"findings", "Look at these before modelling", "", "findings", {{"what", ""}, {"columns", "columns"}}});
+      {"findings", "Look at these before modelling", "", "findings", {{"what", "finding"}, {"columns", "columns"}}});
   if (!description.related.empty())
     tables.push_back({"related",
                       "Strongly related columns",
                       "",
                       "related",
-                      {{"first", ""}, {"second", "with"}, {"r", "r", CellKind::Fixed, 5}}});
+                      {{"first", "column"}, {"second", "with"}, {"r", "r", CellKind::Fixed, 5}}});
   return tables;
 }
 

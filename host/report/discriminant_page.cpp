@@ -17,6 +17,10 @@
 namespace studystats {
 namespace {
 
+// The two tables of confusion.
+constexpr const char* kHeldOutRows = "cross-validated";
+constexpr const char* kFittedRows = "resubstitution (fitted)";
+
 bool selects(const Discriminant& result) { return result.selection.kind != ClassSelection::Kind::All; }
 
 std::size_t functionsOf(const Discriminant& result) { return result.functions.size(); }
@@ -117,8 +121,8 @@ Table confusionOf(const Discriminant& result) {
     for (std::size_t t = 0; t < counts.classes; ++t)
       for (std::size_t p = 0; p < counts.classes; ++p) cells.push_back({kind, &counts, t, p});
   };
-  if (result.validation) add("cross-validated", result.validation->confusion);
-  add("resubstitution (fitted)", result.fitted);
+  if (result.validation) add(kHeldOutRows, result.validation->confusion);
+  add(kFittedRows, result.fitted);
   using One = const Cell&;
   const auto share = [](One one) {
     std::size_t whole = 0;
@@ -229,18 +233,21 @@ ReportFigure confusion(const Discriminant& result) {
                {{"x", x}, {"y", y}, {"text", {{"field", "rows"}, {"type", "quantitative"}}}, {"tooltip", tooltip}}}};
   counts["encoding"]["color"] = {{"condition", {{"test", "datum.share > 0.6"}, {"value", kPaper.light}}},
                                  {"value", kInk.light}};
-  Json chart{
-      {"data", {{"name", "confusion"}}},
-      {"facet", {{"field", "kind"}, {"type", "nominal"}, {"title", nullptr}, {"sort", nullptr}}},
-      {"columns", 2},
-      {"spec", {{"width", 200}, {"height", height}, {"layer", Json::array({std::move(cells), std::move(counts)})}}},
-      {"usermeta", {{"panels", result.validation ? 2 : 1}, {"least", 150}, {"gap", 24}, {"margin", 90}}}};
+  std::size_t longest = 0;
+  for (const DiscriminantClass& one : result.classes) longest = std::max(longest, one.name.size());
+  const int labels = static_cast<int>(std::min<std::size_t>(longest * 7, 110));
+  Json views = Json::array();
+  for (const char* kind : {kHeldOutRows, kFittedRows}) {
+    if (kind == kHeldOutRows && !result.validation) continue;
+    Json view{{"title", kind}, {"height", height}, {"layer", Json::array({cells, counts})}};
+    views.push_back(onlyWhere(std::move(view), fmt::format("datum.kind == '{}'", kind)));
+  }
   return {"confusion", "Confusion",
           fmt::format("Heat map of true against predicted class{}, for {} classes.",
                       result.validation ? ", cross-validated and by resubstitution" : ", by resubstitution", classes),
           "Each line is a true class, each cell the rows put into the class below. Cross-validated rows were left out; "
           "resubstitution has seen them.",
-          finished(chart)};
+          finished(panels("confusion", std::move(views), 110, labels + 50))};
 }
 
 ScorePlot scorePlot(const Discriminant& result) {
@@ -391,10 +398,10 @@ std::vector<ReportTable> tablesOf(const Discriminant& result) {
       "classes", "Classes", "", "classes", {{"group", result.classColumn}, {"rows", "rows", CellKind::Whole}}};
   if (result.validation) {
     classes.columns.push_back({"heldOut", "right, left out"});
-    classes.columns.push_back({"heldOutShare", "", CellKind::Share});
+    classes.columns.push_back({"heldOutShare", "share", CellKind::Share});
   }
   classes.columns.push_back({"fitted", "right, fitted"});
-  classes.columns.push_back({"fittedShare", "", CellKind::Share});
+  classes.columns.push_back({"fittedShare", "share", CellKind::Share});
   classes.columns.push_back({"prior", "prior", CellKind::Fixed, 3});
   std::vector<ReportTable> tables{std::move(classes)};
   if (!result.steps.empty())
@@ -414,7 +421,7 @@ std::vector<ReportTable> tablesOf(const Discriminant& result) {
                    {{"row", rowHeading(result.used)}, {"known", result.classColumn}}};
   if (result.validation) {
     rows.columns.push_back({"heldOutClass", "put into, left out"});
-    rows.columns.push_back({"verdict", ""});
+    rows.columns.push_back({"verdict", "verdict"});
     rows.columns.push_back({"fold", "fold", CellKind::Whole});
   }
   const std::vector<ReportColumn> last{{"predicted", "nearest, fitted"},

@@ -93,7 +93,8 @@ std::string remarkList(const ReportPage& page, Severity severity, const char* cl
 std::string frameTable(const ReportFrame& frame) {
   if (frame.rows.empty()) return {};
   std::string head, body;
-  for (const std::string& heading : frame.headings) head += fmt::format("<th scope=\"col\">{}</th>", escaped(heading));
+  for (const std::string& heading : frame.headings)
+    head += heading.empty() ? "<td></td>" : fmt::format("<th scope=\"col\">{}</th>", escaped(heading));
   for (const auto& row : frame.rows) {
     std::string cells;
     for (std::size_t j = 1; j < row.size(); ++j)

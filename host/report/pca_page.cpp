@@ -1,4 +1,5 @@
 // Principal components as a page: what each explains, rows and descriptors on them, and unusual rows.
+#include "host/report/biplot.h"
 #include "host/report/components.h"
 #include "host/report/data.h"
 #include "host/report/page_parts.h"
@@ -13,7 +14,6 @@ namespace studystats {
 namespace {
 
 constexpr std::size_t kShownComponents = 20;  // of the scree
-constexpr std::size_t kArrows = 25;           // descriptors drawn beside the scores
 
 std::size_t kept(const PrincipalComponents& result) { return static_cast<std::size_t>(result.kept); }
 
@@ -213,7 +213,7 @@ ReportFigure loadings(const PrincipalComponents& result) {
                     Json::array({limitLine("y", 0),
                                  {{"mark", {{"type", "line"}, {"strokeWidth", 1.3}}},
                                   {"encoding",
-                                   {{"x", quantitative("position", unitOfNames(result.used.descriptors))},
+                                   {{"x", positions(result.used.descriptors)},
                                     {"y", with(quantitative("loading", ""), "axis", title)},
                                     {"tooltip", tooltip}}}}}));
   else
@@ -251,53 +251,6 @@ ReportFigure loadings(const PrincipalComponents& result) {
           curve};
 }
 
-ReportFigure biplot(const PrincipalComponents& result) {
-  double largest = 0, reach = 0;
-  for (std::size_t j = 0; j < result.loadings.rows; ++j)
-    for (std::size_t a = 0; a < 2; ++a) largest = std::max(largest, std::abs(result.loadings(j, a)));
-  for (const ComponentRow& row : result.rows)
-    for (std::size_t a = 0; a < 2; ++a) reach = std::max(reach, std::abs(row.scores[a]));
-  const double scale = largest > 0 ? 0.8 * reach / largest : 1;
-  ScorePlot plot = scorePlot(result);
-  const auto axis = [&](const char* field, std::size_t a) { return quantitative(field, plot.titles[a]); };
-  Json marks{{"data", {{"name", "rows"}}},
-             {"mark", {{"type", "point"}, {"color", kPale.light}, {"size", 30}}},
-             {"encoding", {{"x", axis("PC1", 0)}, {"y", axis("PC2", 1)}, {"tooltip", tips({{"row", "row", false}})}}}};
-  Json longest = Json::array({{{"calculate", fmt::format("{} * datum.PC1", exact(scale))}, {"as", "x"}},
-                              {{"calculate", fmt::format("{} * datum.PC2", exact(scale))}, {"as", "y"}},
-                              {{"calculate", "0"}, {"as", "origin"}},
-                              {{"calculate", "datum.x * datum.x + datum.y * datum.y"}, {"as", "size"}},
-                              {{"window", Json::array({{{"op", "row_number"}, {"as", "rank"}}})},
-                               {"sort", Json::array({{{"field", "size"}, {"order", "descending"}}})}},
-                              {{"filter", fmt::format("datum.rank <= {}", kArrows)}}});
-  Json arrows{
-      {"data", {{"name", "loadings"}}},
-      {"transform", longest},
-      {"layer",
-       Json::array({{{"mark", {{"type", "rule"}, {"color", kOther.light}, {"strokeWidth", 1.4}}},
-                     {"encoding",
-                      {{"x", {{"field", "origin"}, {"type", "quantitative"}}},
-                       {"y", {{"field", "origin"}, {"type", "quantitative"}}},
-                       {"x2", {{"field", "x"}}},
-                       {"y2", {{"field", "y"}}}}}},
-                    {{"mark", {{"type", "text"}, {"fontSize", 11}, {"dy", -5}}},
-                     {"encoding",
-                      {{"x", axis("x", 0)},
-                       {"y", axis("y", 1)},
-                       {"text", {{"field", "descriptor"}, {"type", "nominal"}}},
-                       {"tooltip", tips({{"descriptor", "descriptor", false}, {"PC1", "PC1"}, {"PC2", "PC2"}})}}}}})}};
-  Json chart{{"width", "container"}, {"height", 360}, {"layer", Json::array({std::move(marks), std::move(arrows)})}};
-  const std::size_t drawn = std::min(result.loadings.rows, kArrows);
-  return {"biplot", "Scores and loadings together",
-          fmt::format("The scores on the first two components as points, and {} descriptors as lines from the origin.",
-                      drawn),
-          fmt::format(
-              "Rows that lie where a line points are high in that descriptor; lines in one direction are related, "
-              "opposite ones inversely.{}",
-              drawn < result.loadings.rows ? fmt::format(" The {} longest of {}.", drawn, result.loadings.rows) : ""),
-          finished(chart)};
-}
-
 ReportFigure explainedShares(const PrincipalComponents& result) {
   Json names = Json::array(), colours = Json::array();
   for (std::size_t a = 0; a < kept(result); ++a) {
@@ -318,13 +271,12 @@ ReportFigure explainedShares(const PrincipalComponents& result) {
   Json chart;
   std::string cut;
   if (curve) {
-    chart = layered("shares", 280,
-                    Json::array({{{"mark", {{"type", "area"}}},
-                                  {"encoding",
-                                   {{"x", quantitative("position", unitOfNames(result.used.descriptors))},
-                                    {"y", share},
-                                    {"color", colour},
-                                    {"tooltip", tooltip}}}}}));
+    chart = layered(
+        "shares", 280,
+        Json::array(
+            {{{"mark", {{"type", "area"}}},
+              {"encoding",
+               {{"x", positions(result.used.descriptors)}, {"y", share}, {"color", colour}, {"tooltip", tooltip}}}}}));
   } else {
     chart = lines("shares", 18, std::min(result.used.descriptors.size(), kNamedBars),
                   Json::array({{{"mark", {{"type", "bar"}}},
@@ -345,7 +297,8 @@ ReportFigure explainedShares(const PrincipalComponents& result) {
   return {"explained-shares",
           "Explained share of each descriptor",
           fmt::format("What part of each descriptor's variance the {} explain.", keptText(result)),
-          "A short bar belongs to a descriptor that goes its own way: these components say little about it." + cut,
+          std::string(curve ? "Where the sum is low" : "Where the bar is short") +
+              ", a descriptor goes its own way: these components say little about it." + cut,
           finished(chart),
           curve};
 }
@@ -362,13 +315,14 @@ ReportFigure distances(const PrincipalComponents& result) {
           finished(distanceChart(result.t2Limit, result.qLimit, !result.used.predictedRows.empty()))};
 }
 
-std::vector<ReportFigure> figuresOf(const PrincipalComponents& result, const ColouringColumns& colours) {
+std::vector<ReportFigure> figuresOf(const PrincipalComponents& result, const ColouringColumns& colours,
+                                    const Table& arrows) {
   std::vector<ReportFigure> figures;
   const bool plane = result.kept > 1;
   if (plane) figures.push_back(scores(result));
   figures.push_back(scree(result));
+  if (plane) figures.push_back(biplot(result, arrows));
   figures.push_back(loadings(result));
-  if (plane) figures.push_back(biplot(result));
   figures.push_back(explainedShares(result));
   if (result.t2Limit || result.qLimit) figures.push_back(distances(result));
   if (plane && !colours.names.empty()) figures.push_back(scoresByColumn(result, colours));
@@ -434,7 +388,9 @@ ReportPage reportPage(const PrincipalComponents& result, const ReportContext& co
   page.answer = answerOf(result);
   page.frame = frameOf(result);
   page.data = {componentsOf(result), rowsOf(result, colours), loadingsOf(result), sharesOf(result)};
-  page.figures = figuresOf(result, colours);
+  const Table arrows = result.kept > 1 ? arrowsOf(result) : Table{};
+  if (result.kept > 1) page.data.push_back(arrows);
+  page.figures = figuresOf(result, colours, arrows);
   page.tables = tablesOf(result);
   page.remarks = anchored(result.remarks, {{"outside-domain", "distances"}});
   remarkOnSampling(result.rows.size(), page);

@@ -171,7 +171,7 @@ Table descriptorsOf(const Pls& result) {
   return data.take();
 }
 
-Predictions predictionsOf(const Pls& result, const Table& rows) {
+PredictedRows predictionsOf(const Pls& result, const Table& rows) {
   const auto any = [&](auto test) { return std::any_of(result.rows.begin(), result.rows.end(), test); };
   return {responseNames(result), &rows, any([](const PlsRow& row) { return !row.heldOut.empty(); }),
           any([](const PlsRow& row) {
@@ -227,7 +227,7 @@ ReportFigure coefficients(const Pls& result) {
   Json chart;
   std::string cut;
   if (curve) {
-    const Json x = quantitative("position", unitOfNames(names));
+    const Json x = positions(names);
     chart = layered(
         "descriptors", 300,
         Json::array({limitLine("y", 0),
@@ -269,13 +269,11 @@ ReportFigure importance(const Pls& result) {
   Json chart;
   std::string cut;
   if (curve) {
-    chart = layered("descriptors", 240,
-                    Json::array({limitLine("y", 1),
-                                 {{"mark", {{"type", "line"}, {"strokeWidth", 1.2}}},
-                                  {"encoding",
-                                   {{"x", quantitative("position", unitOfNames(names))},
-                                    {"y", fromZero("vip", "VIP")},
-                                    {"tooltip", tooltip}}}}}));
+    chart = layered(
+        "descriptors", 240,
+        Json::array({limitLine("y", 1),
+                     {{"mark", {{"type", "line"}, {"strokeWidth", 1.2}}},
+                      {"encoding", {{"x", positions(names)}, {"y", fromZero("vip", "VIP")}, {"tooltip", tooltip}}}}}));
   } else {
     chart =
         lines("descriptors", 18, std::min(names.size(), kNamedBars),
@@ -359,7 +357,7 @@ std::vector<ReportTable> tablesOf(const Pls& result) {
   ReportTable components{"components", "Components", "", "components", {}};
   if (count > 1) components.columns.push_back({"response", "response"});
   const std::vector<ReportColumn> figures{{"component", "components", CellKind::Whole},
-                                          {"kept", ""},
+                                          {"kept", "choice"},
                                           {"q2", "q²", CellKind::Fixed, 4},
                                           {"r2", "R²", CellKind::Fixed, 4},
                                           {"heldOutRmse", "RMSE, cross-validated", CellKind::Number, 3},
@@ -373,8 +371,8 @@ std::vector<ReportTable> tablesOf(const Pls& result) {
                           "",
                           "descriptors",
                           {{"descriptor", "descriptor"}, {"vip", "VIP", CellKind::Fixed, 2}}};
-  ReportTable rows{
-      "rows", "Rows", samplingText(result.rows.size()), "rows", {{"row", rowHeading(result.used)}, {"role", "role"}}};
+  ReportTable rows{"rows", "Rows", samplingText(result.rows.size()), "rows", {{"row", rowHeading(result.used)}}};
+  if (!result.used.predictedRows.empty()) rows.columns.push_back({"role", "role"});
   for (std::size_t k = 0; k < count; ++k) {
     const PlsResponse& response = result.responses[k];
     const std::string whose = count > 1 ? response.name + ", " : std::string();

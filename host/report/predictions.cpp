@@ -7,13 +7,13 @@
 namespace studystats {
 namespace {
 
-const Series kFittedRows{"fitted", &kPale, "circle"};
+const Series kFittedRows{"fitted", &kPale, "square"};
 const Series kHeldOutRows{"held out", &kStrong, "circle"};
 const Series kPredictedRows{"kept out of the model", &kOther, "triangle-up"};
 
 const char* const kFields[] = {"observed", "fitted", "heldOut", "residual", "heldOutError"};
 
-std::vector<Series> seriesOf(const Predictions& predictions, bool withPredicted) {
+std::vector<Series> seriesOf(const PredictedRows& predictions, bool withPredicted) {
   std::vector<Series> list{kFittedRows};
   if (predictions.heldOut) list.push_back(kHeldOutRows);
   if (withPredicted && predictions.known) list.push_back(kPredictedRows);
@@ -24,7 +24,7 @@ Json onlyRole(Json layer, const char* role) {
   return onlyWhere(std::move(layer), fmt::format("datum.role == '{}'", role));
 }
 
-Json rowTips(const Predictions& predictions) {
+Json rowTips(const PredictedRows& predictions) {
   if (!predictions.heldOut) return tips({{"row", "row", false}, {"observed", "observed"}, {"fitted", "fitted"}});
   return tips({{"row", "row", false},
                {"observed", "observed"},
@@ -34,7 +34,7 @@ Json rowTips(const Predictions& predictions) {
 }
 
 // For several responses: the fields of the one chosen take the names that those of a single one have.
-void takeChosen(const Predictions& predictions, Json& chart) {
+void takeChosen(const PredictedRows& predictions, Json& chart) {
   chooseResponse(predictions.responses, chart);
   if (predictions.responses.size() < 2) return;
   Json transforms = Json::array();
@@ -44,7 +44,7 @@ void takeChosen(const Predictions& predictions, Json& chart) {
   chart["transform"] = std::move(transforms);
 }
 
-Json titleOf(const Predictions& predictions, const std::string& what) {
+Json titleOf(const PredictedRows& predictions, const std::string& what) {
   if (predictions.responses.size() == 1) return predictions.responses.front() + ", " + what;
   return {{"expr", fmt::format("{}[response] + {}", Json(predictions.responses).dump(), Json(", " + what).dump())}};
 }
@@ -54,7 +54,7 @@ Json axisOf(const std::string& field, Json title) {
 }
 
 // Smallest and largest value of each response, over all that is drawn.
-Json domainsOf(const Predictions& predictions) {
+Json domainsOf(const PredictedRows& predictions) {
   const std::size_t count = predictions.responses.size();
   Json domains = Json::array();
   for (std::size_t k = 0; k < count; ++k) {
@@ -74,7 +74,7 @@ Json diagonal(const Json& domains) {
        {{"x", {{"field", "equal"}, {"type", "quantitative"}}}, {"y", {{"field", "equal"}, {"type", "quantitative"}}}}}};
 }
 
-std::string heldOutText(const Predictions& predictions) { return predictions.heldOut ? ", fitted and held out" : ""; }
+std::string heldOutText(const PredictedRows& predictions) { return predictions.heldOut ? ", fitted and held out" : ""; }
 
 }  // namespace
 
@@ -92,7 +92,7 @@ void chooseResponse(const std::vector<std::string>& responses, Json& chart) {
   chart["params"].push_back(std::move(choice));
 }
 
-ReportFigure observedPredicted(const Predictions& predictions) {
+ReportFigure observedPredicted(const PredictedRows& predictions) {
   const Json domains = domainsOf(predictions);
   const auto axis = [&](const char* field, const char* what) {
     return with(axisOf(field, titleOf(predictions, what)), "scale",
@@ -121,7 +121,7 @@ ReportFigure observedPredicted(const Predictions& predictions) {
           finished(chart)};
 }
 
-ReportFigure residuals(const Predictions& predictions) {
+ReportFigure residuals(const PredictedRows& predictions) {
   const std::vector<Series> all = seriesOf(predictions, false);
   const auto layer = [&](const Series& series, const char* x, const char* y) {
     return points(series, all, axisOf(x, titleOf(predictions, "predicted")), quantitative(y, "observed − predicted"),

@@ -11,7 +11,7 @@
 
 namespace studystats {
 
-struct Predictions {
+struct PredictedRows {
   std::vector<std::string> responses;
   const Table* rows = nullptr;  // fields observed, fitted, heldOut, residual, heldOutError; see fieldOf
   bool heldOut = false;         // there are rows held out
@@ -21,8 +21,8 @@ struct Predictions {
 // "observed" for the only response, else "observed0", "observed1", ...
 std::string fieldOf(const std::string& name, std::size_t response, std::size_t responses);
 
-ReportFigure observedPredicted(const Predictions& predictions);
-ReportFigure residuals(const Predictions& predictions);
+ReportFigure observedPredicted(const PredictedRows& predictions);
+ReportFigure residuals(const PredictedRows& predictions);
 
 // A selector of one of several responses; nothing for one.
 void chooseResponse(const std::vector<std::string>& responses, Json& chart);

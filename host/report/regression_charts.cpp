@@ -12,13 +12,15 @@
 namespace studystats {
 namespace {
 
+constexpr std::size_t kNamedSteps = 24;  // of a longer path, steps are only numbered
+
 struct Parts {
   const Regression& result;
   const std::vector<Table>& data;
   const Table& table(const std::string& name) const {
     return *std::find_if(data.begin(), data.end(), [&](const Table& one) { return one.name == name; });
   }
-  Predictions predictions() const {
+  PredictedRows predictions() const {
     const auto any = [&](auto test) { return std::any_of(result.rows.begin(), result.rows.end(), test); };
     return {{result.response},
             &table("rows"),
@@ -28,25 +30,29 @@ struct Parts {
 };
 
 ReportFigure coefficientSpread(const Parts& parts) {
+  const bool spread = static_cast<bool>(parts.result.validation);
   const Json y = with(named("term", ""), "axis", {{"labelLimit", 180}});
-  Json spread{
-      {"mark", {{"type", "rule"}, {"color", kStrong.light}, {"strokeWidth", 2}}},
-      {"encoding", {{"y", y}, {"x", fromZero("low", "effect per sd ± fold spread")}, {"x2", {{"field", "high"}}}}}};
-  Json point{{"mark", {{"type", "point"}, {"size", 70}, {"color", kStrong.light}}},
-             {"encoding",
-              {{"y", y},
-               {"x", fromZero("perSd", "effect per sd ± fold spread")},
-               {"tooltip", tips({{"term", "term", false},
-                                 {"perSd", "effect per sd"},
-                                 {"foldSpread", "fold spread"},
-                                 {"coefficient", "coefficient"}})}}}};
-  Json chart =
-      lines("coefficients", 24, parts.result.terms.size() - 1, Json::array({limitLine("x", 0), spread, point}));
+  const char* title = spread ? "effect per sd ± fold spread" : "effect per sd";
+  Json layers = Json::array({limitLine("x", 0)});
+  if (spread)
+    layers.push_back({{"mark", {{"type", "rule"}, {"color", kStrong.light}, {"strokeWidth", 2}}},
+                      {"encoding", {{"y", y}, {"x", fromZero("low", title)}, {"x2", {{"field", "high"}}}}}});
+  layers.push_back({{"mark", {{"type", "point"}, {"size", 70}, {"color", kStrong.light}}},
+                    {"encoding",
+                     {{"y", y},
+                      {"x", fromZero("perSd", title)},
+                      {"tooltip", tips({{"term", "term", false},
+                                        {"perSd", "effect per sd"},
+                                        {"foldSpread", "fold spread"},
+                                        {"coefficient", "coefficient"}})}}}});
+  const std::size_t count = parts.result.terms.size() - 1;
+  Json chart = lines("coefficients", 24, count, std::move(layers));
   chart["transform"] = Json::array({{{"filter", "isValid(datum.perSd)"}}});
-  return {"coefficient-spread", "Coefficients and their spread over folds",
-          fmt::format("The effect of {} descriptors per standard deviation, with the spread over the folds.",
-                      parts.result.terms.size() - 1),
-          "A whisker that crosses zero belongs to a descriptor whose sign depends on which rows are there.",
+  return {"coefficient-spread", spread ? "Coefficients and their spread over folds" : "Coefficients",
+          fmt::format("The effect of {} per standard deviation{}.", counted(count, "descriptor", "descriptors"),
+                      spread ? ", with the spread over the folds" : ""),
+          spread ? "A whisker that crosses zero belongs to a descriptor whose sign depends on which rows are there."
+                 : "What the response changes by when a descriptor changes by one standard deviation.",
           finished(chart)};
 }
 
@@ -55,7 +61,9 @@ ReportFigure selectionPath(const Parts& parts) {
       {"name", "show"},
       {"value", "r2"},
       {"bind", {{"input", "radio"}, {"options", {"r2", "s", "f"}}, {"labels", {"R²", "s", "F"}}, {"name", "show "}}}};
-  const Json x = numbered("step", "step");
+  const bool few = parts.result.steps.size() <= kNamedSteps;
+  const Json x =
+      few ? with(named("label", "step"), "axis", {{"labelAngle", -35}, {"labelLimit", 120}}) : numbered("step", "step");
   const Json y = with(quantitative("shown", ""), "axis", {{"title", {{"expr", "{r2: 'R²', s: 's', f: 'F'}[show]"}}}});
   Json chart = layered(
       "steps", 280,
@@ -88,8 +96,11 @@ ReportFigure williams(const Parts& parts) {
   const Json x = fromZero("leverage", "leverage");
   const Json tooltip =
       tips({{"row", "row", false}, {"leverage", "leverage"}, {"standardised", "standardised residual"}});
-  Json layers = Json::array({limitLine("x", parts.result.leverageLimit), limitLine("y", 3), limitLine("y", -3),
-                             points(model, all, x, quantitative("standardised", "standardised residual"), tooltip)});
+  Json layers = Json::array(
+      {limitLine("x", parts.result.leverageLimit), limitLine("y", 3), limitLine("y", -3),
+       points(model, all, x,
+              with(quantitative("standardised", "standardised residual"), "scale", {{"zero", false}, {"padding", 12}}),
+              tooltip)});
   if (any) layers.push_back(onlyWhere(points(predicted, all, x, {{"datum", 0}}, tooltip), "datum.role == 'predicted'"));
   return {"williams", "Leverage against standardised residual",
           "Scatter plot of standardised residual against leverage of each row, with the limits of both.",

@@ -116,6 +116,10 @@ Table stepsOf(const Regression& result) {
   ReportData data("steps");
   data.texts("key", result.steps, [](Step step) { return "d:" + step.descriptor; })
       .numbers("step", result.steps, [&](Step step) { return number(step) + 1; })
+      .texts("label", result.steps,
+             [&](Step step) {
+               return fmt::format("{} {}{}", number(step) + 1, step.entered ? "" : "− ", step.descriptor);
+             })
       .texts("change", result.steps, [](Step step) { return (step.entered ? "+ " : "− ") + step.descriptor; })
       .numbers("r2", result.steps, [&](Step step) { return r2[number(step)]; })
       .numbers("s", result.steps, [](Step step) { return step.s; })
@@ -155,11 +159,9 @@ std::vector<ReportTable> tablesOf(const Regression& result) {
                        {"s", "s", CellKind::Number, 4},
                        {"f", "F", CellKind::Number, 4}}});
   const int decimals = decimalsFor(result.responseSd);
-  ReportTable rows{"rows",
-                   "Rows",
-                   samplingText(result.rows.size()),
-                   "rows",
-                   {{"row", rowHeading(result.used)}, {"role", "role"}, {"observed", "observed", CellKind::Value, 8}}};
+  ReportTable rows{"rows", "Rows", samplingText(result.rows.size()), "rows", {{"row", rowHeading(result.used)}}};
+  if (!result.used.predictedRows.empty()) rows.columns.push_back({"role", "role"});
+  rows.columns.push_back({"observed", "observed", CellKind::Value, 8});
   if (result.validation) {
     rows.columns.push_back({"heldOut", "predicted, held out", CellKind::Fixed, decimals});
     rows.columns.push_back({"heldOutError", "error, held out", CellKind::Fixed, decimals});

@@ -63,7 +63,9 @@ ReportTable selectionTable(std::size_t folds) {
           "Selection frequency",
           "",
           "selection",
-          {{"descriptor", "descriptor"}, {"model", ""}, {"folds", "chosen", CellKind::Count, static_cast<int>(folds)}}};
+          {{"descriptor", "descriptor"},
+           {"model", "model"},
+           {"folds", "chosen", CellKind::Count, static_cast<int>(folds)}}};
 }
 
 }  // namespace studystats

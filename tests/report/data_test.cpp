@@ -1,5 +1,6 @@
 // What pages compute themselves: histograms, correlations, the tree of a clustering, the digest of a table.
 #include "host/reading/sha256.h"
+#include "host/report/biplot.h"
 #include "host/report/components.h"
 #include "host/report/dendrogram.h"
 #include "host/report/describe_data.h"
@@ -85,6 +86,22 @@ TEST(NumbersInNames, AreFoundOnlyWhereTheyOrderAllNames) {
   EXPECT_TRUE(numbersInNames({"900 nm", "902 nm"}).empty()) << "too few for a curve";
   spectrum[7] = "914  cm";
   EXPECT_TRUE(numbersInNames(spectrum).empty());
+}
+
+// The least squares solution of places kept apart, by hand: groups that would overlap stand around their mean.
+TEST(NamesOfArrows, AreKeptApartAndMovedAsLittleAsCanBe) {
+  const std::pair<std::vector<double>, std::vector<double>> cases[] = {
+      {{}, {}},
+      {{7}, {7}},
+      {{5, 0, 10}, {5, 0, 10}},
+      {{0, 0}, {-0.5, 0.5}},
+      {{3, 3, 3}, {2, 3, 4}},
+      {{0, 0.5, 9, 9.5}, {-0.25, 0.75, 8.75, 9.75}},
+      {{2, 0, 1.25}, {2.125, 0, 1.125}},
+      {{0, 0, 1.5}, {-0.5, 0.5, 1.5}},
+      {{0, 0, 0.75}, {-0.75, 0.25, 1.25}},
+  };
+  for (const auto& [places, apart] : cases) EXPECT_EQ(spreadOut(places, 1), apart) << ::testing::PrintToString(places);
 }
 
 // Four points on a line at 0, 1, 10 and 12: 0 and 1 join at 1, 10 and 12 at 2; single linkage joins these at 9.
