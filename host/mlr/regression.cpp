@@ -227,6 +227,9 @@ Model modelOf(const Regression& result, const RegressionCall& call, const Levera
   model.intercept = call.intercept;
   for (std::size_t a = 0; a < call.chosen.size(); ++a) model.coefficients.push_back(call.coef[a]);
   model.equation = result.equation.exact();
+  model.inTableUnits = TableEquation{result.terms.front().coefficient, {}};
+  for (std::size_t a = 1; a < result.terms.size(); ++a)
+    model.inTableUnits->coefficients.push_back(result.terms[a].coefficient);
   model.r2 = result.fit.r2;
   model.s = result.fit.s;
   model.rmse = result.fit.rmse;

@@ -24,12 +24,20 @@ struct ModelValidation {
   std::string reason;  // why there is no validation; empty when there is one
 };
 
+// The same equation for descriptors that are transformed and derived, but neither shifted nor scaled, and a response in
+// its own unit. For people: predictions take the prepared one.
+struct TableEquation {
+  double constant = 0;
+  std::vector<double> coefficients;
+};
+
 // An equation, and where a row lies among those it was fitted on.
 struct RegressionModel {
   bool stepwise = true;
   double intercept = 0;              // of prepared descriptors
   std::vector<double> coefficients;  // of prepared descriptors
   std::string equation;              // table units
+  std::optional<TableEquation> inTableUnits;
   double r2 = 0, s = 0, rmse = 0;
   int dfResidual = 0;
   std::optional<double> q2, crossValidatedRmse;
@@ -53,6 +61,7 @@ struct PlsModelResponse {
   double mean = 0, scale = 1;
   Grid coefficients;  // descriptors x components: column a predicts with a + 1 components
   std::vector<double> r2, q2, rmse, crossValidatedRmse;  // one a number of components
+  std::optional<TableEquation> inTableUnits;             // by the components kept
 };
 
 struct DiscriminantModel {

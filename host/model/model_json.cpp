@@ -57,21 +57,29 @@ Json descriptorJson(const ModelDescriptor& descriptor) {
           {"scale", jsonNumber(descriptor.scale)}};
 }
 
+void addTableUnits(Json& json, const std::optional<TableEquation>& equation) {
+  if (equation)
+    json["in_table_units"] = {{"constant", jsonNumber(equation->constant)},
+                              {"coefficients", jsonNumbers(equation->coefficients)}};
+}
+
 Json regressionJson(const RegressionModel& model) {
-  return {{"stepwise", model.stepwise},
-          {"intercept", jsonNumber(model.intercept)},
-          {"coefficients", jsonNumbers(model.coefficients)},
-          {"equation", model.equation},
-          {"r2", jsonNumber(model.r2)},
-          {"s", jsonNumber(model.s)},
-          {"rmse", jsonNumber(model.rmse)},
-          {"df_residual", model.dfResidual},
-          {"q2", jsonNumber(model.q2)},
-          {"rmse_cross_validated", jsonNumber(model.crossValidatedRmse)},
-          {"means", jsonNumbers(model.means)},
-          {"sds", jsonNumbers(model.sds)},
-          {"axes", gridJson(model.axes)},
-          {"leverage_limit", jsonNumber(model.leverageLimit)}};
+  Json json{{"stepwise", model.stepwise},
+            {"intercept", jsonNumber(model.intercept)},
+            {"coefficients", jsonNumbers(model.coefficients)},
+            {"equation", model.equation},
+            {"r2", jsonNumber(model.r2)},
+            {"s", jsonNumber(model.s)},
+            {"rmse", jsonNumber(model.rmse)},
+            {"df_residual", model.dfResidual},
+            {"q2", jsonNumber(model.q2)},
+            {"rmse_cross_validated", jsonNumber(model.crossValidatedRmse)},
+            {"means", jsonNumbers(model.means)},
+            {"sds", jsonNumbers(model.sds)},
+            {"axes", gridJson(model.axes)},
+            {"leverage_limit", jsonNumber(model.leverageLimit)}};
+  addTableUnits(json, model.inTableUnits);
+  return json;
 }
 
 Json planeJson(const PlaneModel& plane) {
@@ -82,13 +90,15 @@ Json planeJson(const PlaneModel& plane) {
 }
 
 Json responseJson(const PlsModelResponse& response) {
-  return {{"mean", jsonNumber(response.mean)},
-          {"scale", jsonNumber(response.scale)},
-          {"coefficients", gridJson(response.coefficients)},
-          {"r2", jsonNumbers(response.r2)},
-          {"q2", jsonNumbers(response.q2)},
-          {"rmse", jsonNumbers(response.rmse)},
-          {"rmse_cross_validated", jsonNumbers(response.crossValidatedRmse)}};
+  Json json{{"mean", jsonNumber(response.mean)},
+            {"scale", jsonNumber(response.scale)},
+            {"coefficients", gridJson(response.coefficients)},
+            {"r2", jsonNumbers(response.r2)},
+            {"q2", jsonNumbers(response.q2)},
+            {"rmse", jsonNumbers(response.rmse)},
+            {"rmse_cross_validated", jsonNumbers(response.crossValidatedRmse)}};
+  addTableUnits(json, response.inTableUnits);
+  return json;
 }
 
 Json discriminantJson(const DiscriminantModel& model) {
@@ -126,6 +136,9 @@ class Part {
     std::vector<Part> parts;
     for (std::size_t i = 0; i < json_.size(); ++i) parts.emplace_back(json_[i], file_, fmt::format("{}[{}]", path_, i));
     return parts;
+  }
+  std::optional<Part> find(const std::string& key) const {
+    return json_.is_object() && json_.contains(key) ? std::optional<Part>((*this)[key]) : std::nullopt;
   }
   bool isNull() const { return json_.is_null(); }
   double number() const {
@@ -207,6 +220,13 @@ ModelDescriptor descriptorOf(const Part& part) {
   return descriptor;
 }
 
+// Absent from files of the first versions.
+std::optional<TableEquation> tableEquationOf(const Part& part, std::size_t k) {
+  const std::optional<Part> equation = part.find("in_table_units");
+  if (!equation) return std::nullopt;
+  return TableEquation{(*equation)["constant"].number(), (*equation)["coefficients"].numbers(k)};
+}
+
 RegressionModel regressionOf(const Part& part, std::size_t k) {
   RegressionModel model;
   model.stepwise = part["stepwise"].flag();
@@ -225,6 +245,7 @@ RegressionModel regressionOf(const Part& part, std::size_t k) {
     part["sds"].refuse("has an entry that is not above 0");
   model.axes = part["axes"].grid(k, k);
   model.leverageLimit = part["leverage_limit"].positive();
+  model.inTableUnits = tableEquationOf(part, k);
   return model;
 }
 
@@ -251,6 +272,7 @@ PlsModelResponse responseOf(const Part& part, std::size_t p, std::size_t compone
   response.q2 = part["q2"].numbers(components);
   response.rmse = part["rmse"].numbers(components);
   response.crossValidatedRmse = part["rmse_cross_validated"].numbers(components);
+  response.inTableUnits = tableEquationOf(part, p);
   return response;
 }
 

@@ -16,7 +16,12 @@ std::string labelled(std::string_view label, const std::string& text) {
   return wrapped(std::string(label) + std::string(8 - std::min<std::size_t>(8, label.size()), ' '), text);
 }
 
-std::string signedText(double value, int digits) { return (value > 0 ? "+" : "") + significant(value, digits); }
+// A bias to the last place of the error it belongs to, three figures of which are shown.
+std::string biasText(double bias, double rmse) {
+  const int decimals = rmse > 0 ? std::clamp(2 - static_cast<int>(std::floor(std::log10(rmse))), 0, 9) : 3;
+  const std::string text = fixed(bias, decimals);
+  return (text.find_first_of("123456789") != std::string::npos && bias > 0 ? "+" : "") + text;
+}
 
 // How many decimals the first response's errors are worth.
 int decimalsOf(const Predictions& result) {
@@ -131,7 +136,7 @@ std::string knownText(const Predictions& result) {
     if (errors.rmseInside && errors.rmseOutside)
       sentence += fmt::format(" (inside {}, outside {})", significant(*errors.rmseInside, 3),
                               significant(*errors.rmseOutside, 3));
-    sentence += fmt::format(", bias {} (predicted - observed)", signedText(errors.bias, 3));
+    sentence += fmt::format(", bias {} (predicted - observed)", biasText(errors.bias, errors.rmse));
     if (errors.withinInterval)
       sentence += fmt::format("; {} of {} within their interval", *errors.withinInterval, errors.rows);
     text += labelled("Known", sentence);

@@ -247,7 +247,11 @@ void addStructure(PartialLeastSquares& result, const LatentStructure& structure,
 PlsModelResponse modelResponse(const PartialLeastSquares& result, const PreparedPls& prepared, const PlsCall& call,
                                std::size_t k) {
   const std::size_t p = call.descriptors;
-  PlsModelResponse response{prepared.means[p + k], prepared.scales[p + k], {p, call.components, {}}, {}, {}, {}, {}};
+  PlsModelResponse response;
+  response.mean = prepared.means[p + k];
+  response.scale = prepared.scales[p + k];
+  response.coefficients = {p, call.components, {}};
+  response.inTableUnits = TableEquation{result.responses[k].constant, result.responses[k].coefficients};
   for (std::size_t a = 0; a < call.components; ++a) {
     for (std::size_t j = 0; j < p; ++j)
       response.coefficients.values.push_back(call.coefficient(j, a, k) * prepared.scales[j] / prepared.scales[p + k]);

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <nlohmann/json.hpp>
 #include <random>
 #include <sstream>
 
@@ -57,6 +58,31 @@ TEST(Model, OfARegressionPredictsItsTrainingRowsToTheBit) {
       EXPECT_EQ(predictions[i].inDomain(), result.rows[i].leverage <= result.leverageLimit);
     }
   }
+}
+
+// What a spreadsheet would make of the file.
+TEST(Model, HoldsItsEquationInTableUnits) {
+  const Table table = example("oliveoil.csv");
+  const auto column = [&](const std::string& name) -> const std::vector<double>& {
+    return std::find_if(table.columns.begin(), table.columns.end(),
+                        [&](const TableColumn& one) { return one.name == name; })
+        ->numbers;
+  };
+  const auto expectFitted = [&](const nlohmann::json& model, const nlohmann::json& equation, const auto& fitted) {
+    for (std::size_t i = 0; i < 16; ++i) {
+      double value = equation["constant"];
+      for (std::size_t j = 0; j < model["descriptors"].size(); ++j)
+        value += equation["coefficients"][j].get<double>() * column(model["descriptors"][j]["name"])[i];
+      EXPECT_NEAR(value, fitted(i), 1e-9);
+    }
+  };
+  const Regression regression = regress(table, {.response = "yellow"});
+  const auto mlr = nlohmann::json::parse(travelled(regression.model).json());
+  expectFitted(mlr, mlr["regression"]["in_table_units"], [&](std::size_t i) { return regression.rows[i].fitted; });
+  const PartialLeastSquares components = partialLeastSquares(table, {.responses = {"yellow", "syrup"}});
+  const auto pls = nlohmann::json::parse(travelled(components.model).json());
+  for (std::size_t k = 0; k < 2; ++k)
+    expectFitted(pls, pls["pls"][k]["in_table_units"], [&](std::size_t i) { return components.rows[i].fitted[k]; });
 }
 
 TEST(Model, OfComponentsPlacesItsTrainingRowsToTheBit) {

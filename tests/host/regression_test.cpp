@@ -103,10 +103,12 @@ TEST(Regression, HeldOutPredictionsMakeThePress) {
                {"longley.csv", "Employed"},  {"linnerud.csv", "Waist"},   {"iris.csv", "Petal.Width"},
                {"wine.csv", "alcohol"},      {"oliveoil.csv", "glossy"},  {"gasoline.csv", "octane"}};
   for (const auto& one : cases) {
-    const auto run = [table = example(one.table), &one](const Folds& folds) {
+    const Table table = example(one.table);
+    const auto run = [&](const Folds& folds) {
       return regress(table, {.response = one.response, .maxSteps = 8, .folds = folds});
     };
-    for (const Folds& folds : {Folds::systematic(3), Folds::systematic(7), Folds::leaveOneOut()})
+    const Folds loo = table.rows() <= 70 ? Folds::leaveOneOut() : Folds::systematic(11);  // hundreds of folds are slow
+    for (const Folds& folds : {Folds::systematic(3), Folds::systematic(7), loo})
       expectHeldOutToMakeThePress(run(folds), one.table);
     expectHeldOutToMakeThePress(test::withDrawsApart({3, 0.02}, run), one.table);
   }
