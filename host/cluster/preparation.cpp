@@ -81,11 +81,7 @@ void requireRowsAndColumns(const Prepared& prepared, const TableView& table) {
   if (prepared.modelRows.size() < 2)
     throw NotComputed(fmt::format("too few rows: clusters need at least 2, and {} of {} is left in {}.",
                                   prepared.modelRows.size(), table.rows(), table.name()));
-  if (prepared.used.descriptors.empty())
-    throw NotComputed(
-        fmt::format("no descriptor is left: {} has {}, and none of them is numeric, varies over the rows "
-                    "and is free of another use. studystats describe shows why.",
-                    table.name(), counted(table.columns().size(), "column", "columns")));
+  requireDescriptors(prepared, table, "over the rows");
   const auto large = [](double x) { return !(std::abs(x) <= kLargest); };
   if (std::any_of(prepared.model.values.begin(), prepared.model.values.end(), large) ||
       std::any_of(prepared.predicted.values.begin(), prepared.predicted.values.end(), large))

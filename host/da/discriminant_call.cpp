@@ -187,11 +187,7 @@ void requireEnough(const PreparedDiscriminant& prepared, const TableView& table,
   if (g < 2)
     throw NotComputed(fmt::format("{} has {} with two rows or more in {}: there is nothing to tell apart.",
                                   options.classColumn, g == 0 ? "no class" : "one class", table.name()));
-  if (prepared.data.used.descriptors.empty())
-    throw NotComputed(
-        fmt::format("no descriptor is left: {} has {}, and none of them is numeric, varies within the "
-                    "classes and is free of another use. studystats describe shows why.",
-                    table.name(), counted(table.columns().size(), "column", "columns")));
+  requireDescriptors(prepared.data, table, "within the classes");
   if (n <= g) throw NotComputed(fmt::format("too few rows: {} in {} classes.", n, g));
 }
 

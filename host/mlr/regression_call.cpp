@@ -158,11 +158,7 @@ PreparedRegression prepareRegression(const TableView& table, const RegressionOpt
   if (n < 3)
     throw NotComputed(fmt::format("too few rows: a regression needs at least 3 with a response, and {} of {} {} left.",
                                   n, table.rows(), n == 1 ? "is" : "are"));
-  if (used.descriptors.empty())
-    throw NotComputed(
-        fmt::format("no descriptor is left: {} has {}, and none of them is numeric, varies over the rows and "
-                    "is free of another use. studystats describe shows why.",
-                    table.name(), counted(table.columns().size(), "column", "columns")));
+  requireDescriptors(prepared.data, table, "over the rows");
   if (isConstant(prepared.response))
     throw NotComputed(fmt::format("{} is {} in every row of the model: there is nothing to explain.", options.response,
                                   exact(prepared.response.front())));

@@ -247,11 +247,7 @@ Prepared preparePrincipalComponents(const TableView& table, const PrincipalCompo
   if (prepared.modelRows.size() < 2)
     throw NotComputed(fmt::format("too few rows: principal components need at least 2, and {} of {} is left in {}.",
                                   prepared.modelRows.size(), table.rows(), table.name()));
-  if (prepared.used.descriptors.empty())
-    throw NotComputed(
-        fmt::format("no descriptor is left: {} has {}, and none of them is numeric, varies over the rows "
-                    "and is free of another use. studystats describe shows why.",
-                    table.name(), counted(table.columns().size(), "column", "columns")));
+  requireDescriptors(prepared, table, "over the rows");
   return prepared;
 }
 

@@ -87,11 +87,7 @@ void requireEnough(const PreparedPls& prepared, const TableView& table, const Pa
     throw NotComputed(fmt::format("too few rows: partial least squares needs at least 3 with {}, and {} of {} {} left.",
                                   options.responses.size() == 1 ? "a response" : "every response", n, table.rows(),
                                   n == 1 ? "is" : "are"));
-  if (prepared.data.used.descriptors.empty())
-    throw NotComputed(
-        fmt::format("no descriptor is left: {} has {}, and none of them is numeric, varies over the rows and "
-                    "is free of another use. studystats describe shows why.",
-                    table.name(), counted(table.columns().size(), "column", "columns")));
+  requireDescriptors(prepared.data, table, "over the rows");
   for (std::size_t k = 0; k < prepared.responses.size(); ++k)
     if (isConstant(prepared.responses[k]))
       throw NotComputed(fmt::format("{} is {} in every row of the model: there is nothing to explain.",

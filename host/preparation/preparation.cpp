@@ -332,4 +332,12 @@ Prepared prepare(const TableView& table, const Roles& roles, const DataOptions& 
   return prepared;
 }
 
+void requireDescriptors(const Prepared& prepared, const TableView& table, const char* varies) {
+  if (!prepared.used.descriptors.empty()) return;
+  throw NotComputed(
+      fmt::format("no descriptor is left: {} has {}, and none of them is numeric, varies {} and is free of "
+                  "another use. studystats describe shows why.",
+                  table.name(), counted(table.columns().size(), "column", "columns"), varies));
+}
+
 }  // namespace studystats

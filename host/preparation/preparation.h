@@ -25,6 +25,9 @@ struct Prepared {
 
 Prepared prepare(const TableView& table, const Roles& roles, const DataOptions& options, Watch& watch);
 
+// Throws NotComputed when no descriptor is left. varies: where one has to vary ("over the rows").
+void requireDescriptors(const Prepared& prepared, const TableView& table, const char* varies);
+
 // The class or response text of each row; empty where its table lacks the column or the cell.
 std::vector<std::string> labelsOf(const std::vector<BlockRow>& rows, const std::string& columnName);
 

@@ -1,11 +1,13 @@
-// What the calls of the analyses share: outputs compared by their bits, and a host that stops.
+// What the calls of the analyses share: outputs compared by their bits, nasty cases, and a host that stops.
 #pragma once
 
 #include <studystats/frame.h>
 
 #include <cmath>
 #include <cstdint>
+#include <random>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace studystats {
@@ -30,6 +32,28 @@ class Differences {
 
  private:
   std::string names_;
+};
+
+// A call made from a seed to break something.
+template <class Call>
+struct NastyCase {
+  Call call;
+  std::int32_t seed;
+  std::int32_t stopAt;  // report that the host answers with a stop; 0: none
+};
+
+// One of some values, each as likely as it stands there often.
+class Pick {
+ public:
+  explicit Pick(std::mt19937_64& random) : random_(random) {}
+  template <class... Choices>
+  auto operator()(Choices... choices) const {
+    const std::common_type_t<Choices...> list[] = {choices...};
+    return list[random_() % sizeof...(choices)];
+  }
+
+ private:
+  std::mt19937_64& random_;
 };
 
 // Answers its k-th report with a stop; 0: never.

@@ -17,22 +17,13 @@ namespace {
 constexpr std::int32_t kLeast = std::numeric_limits<std::int32_t>::min();
 constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
 
-struct NastyCase {
-  DaCall call;
-  std::int32_t seed;
-  std::int32_t stopAt;  // report that the host answers with a stop; 0: none
-};
-
 // Ties and near ties, repeated and constant columns, columns constant within classes, sums of columns (integers:
 // exactly singular), products that overflow and quotients that underflow, not-a-numbers and infinities, classes without
 // samples and with one, samples outside the model.
-NastyCase nastyCase(std::uint64_t seed) {
+NastyCase<DaCall> nastyCase(std::uint64_t seed) {
   std::mt19937_64 random(seed);
   std::normal_distribution<double> normal;
-  const auto pick = [&random](auto... choices) {
-    const std::common_type_t<decltype(choices)...> list[] = {choices...};
-    return list[random() % sizeof...(choices)];
-  };
+  const Pick pick(random);
   DaCall call(pick(0, 2, 3, 5, 9, 12, 12, 17, 19, 19, 27, 34, 40), pick(0, 1, 1, 2, 3, 3, 4, 5, 8, 11),
               pick(1, 2, 2, 2, 3, 3, 4, 7));
   const bool allInModel = random() % 2 == 0, badClass = random() % 25 == 0, rare = random() % 4 == 0;
@@ -74,7 +65,7 @@ NastyCase nastyCase(std::uint64_t seed) {
 TEST(DisAnl, EqualsThePlainTranscriptionBitForBitOnNastyTables) {
   int nDone = 0, nSingular = 0, nEmpty = 0, nStopped = 0, nRestarted = 0, nFailedInFold = 0;
   for (std::uint64_t seed = 0; seed < 1500; ++seed) {
-    NastyCase fast = nastyCase(seed), plain = fast;
+    NastyCase<DaCall> fast = nastyCase(seed), plain = fast;
     StoppingHost fastHost(fast.stopAt), plainHost(plain.stopAt);
     fast.call.monitor = &fastHost.monitor;
     plain.call.monitor = &plainHost.monitor;

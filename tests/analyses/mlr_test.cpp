@@ -129,20 +129,11 @@ TEST(MulReg, GivesTheJackknifeSpreadsWorkedByHand) {
   EXPECT_EQ(call.flags, (Integers{1, 1})) << "all in, the response's own entry included";
 }
 
-struct NastyCase {
-  MlrCall call;
-  std::int32_t seed;
-  std::int32_t stopAt;  // report that the host answers with a stop; 0: none
-};
-
 // Ties, repeated and constant columns, not-a-numbers, fewer rows than columns, every method, rules that contradict.
-NastyCase nastyCase(std::uint64_t seed) {
+NastyCase<MlrCall> nastyCase(std::uint64_t seed) {
   std::mt19937_64 random(seed);
   std::normal_distribution<double> normal;
-  const auto pick = [&random](auto... choices) {
-    const std::common_type_t<decltype(choices)...> list[] = {choices...};
-    return list[random() % sizeof...(choices)];
-  };
+  const Pick pick(random);
   MlrCall call(pick(0, 1, 2, 3, 5, 8, 12, 20, 33), pick(1, 2, 3, 5, 7, 12));
   const bool holes = random() % 12 == 0;
   for (std::ptrdiff_t j = 0; j < call.p; ++j) {
@@ -176,7 +167,7 @@ NastyCase nastyCase(std::uint64_t seed) {
 TEST(MulReg, EqualsThePlainTranscriptionBitForBitOnNastyTables) {
   int nDone = 0, nSingular = 0, nStopped = 0, nAbandoned = 0, nDropped = 0;
   for (std::uint64_t seed = 0; seed < 1500; ++seed) {
-    NastyCase fast = nastyCase(seed), plain = fast;
+    NastyCase<MlrCall> fast = nastyCase(seed), plain = fast;
     StoppingHost fastHost(fast.stopAt), plainHost(plain.stopAt);
     fast.call.monitor = &fastHost.monitor;
     plain.call.monitor = &plainHost.monitor;

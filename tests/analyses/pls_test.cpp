@@ -427,21 +427,12 @@ TEST(PlsAnl, EqualsThePlainTranscriptionOnAWideTable) {
   EXPECT_LE(relativeDifference(fast.coefErrors, plain.coefErrors), 1e-12);
 }
 
-struct NastyCase {
-  PlsCall call;
-  std::int32_t seed;
-  std::int32_t stopAt;  // report that the host answers with a stop; 0: none
-};
-
 // Constant, repeated, tiny and huge columns, tables of low rank, a column that is zero but for one row, not-a-numbers
 // and infinities, fewer rows than columns, rows left out, every kind of folds.
-NastyCase nastyCase(std::uint64_t seed) {
+NastyCase<PlsCall> nastyCase(std::uint64_t seed) {
   std::mt19937_64 random(seed);
   std::normal_distribution<double> normal;
-  const auto pick = [&random](auto... choices) {
-    const std::common_type_t<decltype(choices)...> list[] = {choices...};
-    return list[random() % sizeof...(choices)];
-  };
+  const Pick pick(random);
   PlsCall call(pick(0, 1, 2, 3, 5, 9, 16, 17, 17, 35), pick(0, 1, 1, 2, 3, 5, 8, 9, 17, 33),
                pick(0, 1, 1, 1, 1, 2, 3, 4), pick(0, 1, 2, 3, 5, 9));
   call.m += pick(0, 0, 2);
@@ -487,7 +478,7 @@ double largest(const Numbers& values) {
 TEST(PlsAnl, EqualsThePlainTranscriptionOnNastyTables) {
   int nDone = 0, nStopped = 0, nNotConverged = 0, nFailedInFold = 0, nBeyondRank = 0;
   for (std::uint64_t seed = 0; seed < 2000; ++seed) {
-    NastyCase fast = nastyCase(seed), plain = fast;
+    NastyCase<PlsCall> fast = nastyCase(seed), plain = fast;
     StoppingHost fastHost(fast.stopAt), plainHost(plain.stopAt);
     fast.call.monitor = &fastHost.monitor;
     plain.call.monitor = &plainHost.monitor;
