@@ -51,5 +51,6 @@ function(studystats_embed output namespace)
     list(APPEND files ${file})
   endwhile()
   file(CONFIGURE OUTPUT ${output} CONTENT "${text}\nnamespace ${namespace} {\n${functions}}\n" @ONLY)
-  set_source_files_properties(${output} PROPERTIES OBJECT_DEPENDS "${files}")
+  # The names that the assembler gives would be lost to a program that is optimised as a whole.
+  set_source_files_properties(${output} PROPERTIES OBJECT_DEPENDS "${files}" COMPILE_OPTIONS -fno-lto)
 endfunction()
