@@ -28,8 +28,8 @@ class PageFigure {
     this.plot = element("div", {class: "plot", role: "img", tabindex: "0", "aria-label": `${title}. ${alternative}`},
                         this.canvas);
     this.node = element("figure", {id: name, class: wide ? "wide" : ""},
-                        element("div", {class: "figure-head"}, element("h3", {}, title), save), this.controls, this.plot,
-                        element("figcaption", {}, caption));
+                        element("div", {class: "figure-head"}, element("h3", {}, title), save),
+                        this.controls, this.plot, element("figcaption", {}, caption));
     this.controls.addEventListener("input", () => this.marks = null);
   }
 
@@ -54,26 +54,40 @@ class PageFigure {
   }
 
   async draw() {
-    const {palette, config} = this.page;
-    const {datasets, ...look} = this.fitted(this.chart());
-    const chart = {...themed(look, palette), datasets};
-    const result = await vegaEmbed(this.canvas, chart, {
-      mode: "vega-lite", renderer: "svg", actions: false, ast: true, bind: this.controls, config: themed(config, palette),
-      tooltip: {theme: "custom", disableDefaultStyle: false},
-    });
-    this.view = result.view;
+    await this.drawWith({});
+    const columns = this.legendColumns();
+    if (columns > 0) await this.drawWith({columns});
     this.marks = null;
     this.width = this.plot.clientWidth;
   }
 
+  async drawWith(legend) {
+    const {palette, config} = this.page;
+    const {datasets, ...look} = this.fitted(this.chart());
+    const chart = {...themed(look, palette), datasets};
+    const result = await vegaEmbed(this.canvas, chart, {
+      mode: "vega-lite", renderer: "svg", actions: false, ast: true, bind: this.controls,
+      config: themed({...config, legend: {...config.legend, ...legend}}, palette),
+      tooltip: {theme: "custom", disableDefaultStyle: false},
+    });
+    this.view = result.view;
+  }
+
+  // How many entries a line of the legend has room for, when they run out of the figure; else 0.
+  legendColumns() {
+    const right = this.plot.getBoundingClientRect().right;
+    const boxes = [...this.plot.querySelectorAll(".role-legend-label text")].map(text => text.getBoundingClientRect());
+    if (!boxes.some(box => box.right > right)) return 0;
+    const symbol = 30, room = right - Math.min(...boxes.map(box => box.left));
+    return Math.max(1, Math.floor(room / (symbol + Math.max(...boxes.map(box => box.width)))));
+  }
+
+  // As it is drawn, with what was chosen in it, in the colours of a light page.
   async save() {
-    const chart = this.chart();
-    chart.config = {...this.page.config, background: "white"};
-    if (chart.width === "container") chart.width = 560;
-    const compiled = vegaLite.compile(this.fitted(chart)).spec;
-    const view = new vega.View(vega.parse(compiled, null, {ast: true}),
-                               {renderer: "none", expr: vegaEmbed.vega?.expressionInterpreter ?? vega.expressionInterpreter});
-    download(this.figure.name + ".svg", "image/svg+xml", await view.toSVG());
+    const colours = Object.fromEntries(Object.entries(this.page.palette).map(([colour, name]) => [name, colour]));
+    const svg = (await this.view.toSVG()).replaceAll(/var\(--([\w-]+)\)/g, (_, name) => colours[name]);
+    download(this.figure.name + ".svg", "image/svg+xml",
+             svg.replace(/<svg [^>]*>/, open => open + `<rect width="100%" height="100%" fill="${colours.paper}"/>`));
   }
 
   // Marks by the key of what they stand for.

@@ -2,6 +2,8 @@
 "use strict";
 
 const kFirstRows = 12;
+const kLittleMore = 4;  // rows over that which are not worth a button
+const kLongText = 32;  // letters; a column with a longer cell wraps
 const kWideBars = 3;  // of more columns with bars, each has a short one
 
 // `digits` significant digits without an exponent where that is short, as the command prints them.
@@ -62,9 +64,12 @@ class PageTable {
     this.table = table;
     this.rows = rows;
     this.order = rows.map((_, i) => i);
-    this.most = kFirstRows;
+    this.short = rows.length <= kFirstRows + kLittleMore;
+    this.most = this.short ? Infinity : kFirstRows;
     this.largest = Object.fromEntries(table.columns.map(column =>
       [column.field, rows.reduce((most, row) => Math.max(most, Math.abs(row[column.field]) || 0), 0)]));
+    this.classes = table.columns.map(column => column.kind !== "text" ? ""
+      : rows.some(row => String(row[column.field] ?? "").length > kLongText) ? "text long" : "text");
     this.build();
     this.show();
   }
@@ -82,12 +87,12 @@ class PageTable {
     const csv = element("button", {type: "button", title: "Full precision, as CSV"}, "CSV");
     csv.addEventListener("click", () => download(name + ".csv", "text/csv", this.csv()));
     const head = element("div", {class: "table-head"}, element("h3", {}, title));
-    if (this.rows.length > kFirstRows) head.append(this.count, this.search, this.more);
+    if (!this.short) head.append(this.count, this.search, this.more);
     head.append(csv);
     this.headings = columns.map((column, i) => {
       const button = element("button", {type: "button"}, column.heading || " ");
       button.addEventListener("click", () => this.sort(i));
-      return element("th", {scope: "col", class: column.kind === "text" ? "text" : ""}, button);
+      return element("th", {scope: "col", class: this.classes[i]}, button);
     });
     this.body = element("tbody");
     const bars = columns.filter(column => column.kind === "bar").length;
@@ -137,7 +142,7 @@ class PageTable {
     this.table.columns.forEach((column, i) => {
       const value = row[column.field];
       const cell = i === 0 ? element("th", {scope: "row", title: String(value ?? "")}, textOf(value, column))
-                           : element("td", {class: column.kind === "text" ? "text" : ""}, textOf(value, column));
+                           : element("td", {class: this.classes[i]}, textOf(value, column));
       const bar = barFor(value, column, this.largest[column.field]);
       if (bar) cell.append(bar);
       line.append(cell);
@@ -152,8 +157,9 @@ class PageTable {
       return /[",\r\n]/.test(text) ? `"${text.replaceAll('"', '""')}"` : text;
     };
     const {columns} = this.table;
-    return [columns.map(column => quoted(column.heading || column.field)), ...this.rows.map(row => columns.map(c => quoted(row[c.field])))]
-      .map(cells => cells.join(",") + "\r\n").join("");
+    const head = columns.map(column => quoted(column.heading || column.field));
+    const rows = this.rows.map(row => columns.map(column => quoted(row[column.field])));
+    return [head, ...rows].map(cells => cells.join(",") + "\r\n").join("");
   }
 }
 

@@ -17,6 +17,7 @@ namespace {
 constexpr std::size_t kArrows = 25;         // descriptors drawn beside the scores: the longest ...
 constexpr std::size_t kArrowsOfCurve = 12;  // ... or, of those with an order of their own, so many along it
 constexpr int kBiplotHeight = 360;
+constexpr int kLabelWidth = 110;
 constexpr double kLineHeight = 13;  // pixels
 
 struct Arrow {
@@ -132,10 +133,11 @@ ReportFigure biplot(const PrincipalComponents& result, const Table& table) {
               {{"type", "text"},
                {"fontSize", 11},
                {"baseline", "middle"},
+               {"limit", kLabelWidth},
                {"align", bySide("'right'", "'left'")},
                {"dx", bySide("-3", "3")}}},
              {"encoding",
-              {{"x", axis("x", 0)},
+              {{"x", with(axis("x", 0), "scale", {{"zero", false}, {"padding", kLabelWidth * 2 / 3}})},
                {"y", axis("labelY", 1)},
                {"text", {{"field", "descriptor"}, {"type", "nominal"}}},
                {"tooltip", tips({{"descriptor", "descriptor", false}, {"PC1", "PC1"}, {"PC2", "PC2"}})}}}};

@@ -411,12 +411,12 @@ std::vector<ReportTable> tablesOf(const Clusters& result) {
                          {{"cluster", "cluster"},
                           {"rows", "rows", CellKind::Whole},
                           {"silhouette", "silhouette", CellKind::Fixed, 2},
-                          {"misplaced", "nearer to another", CellKind::Whole},
-                          {"apart", "set apart by (in sd)"}}};
+                          {"misplaced", "misplaced", CellKind::Whole}}};
     for (std::size_t k = 0; k < result.responses.size(); ++k)
       clusters.columns.push_back({fmt::format("response{}", k), "mean " + result.responses[k], CellKind::Number, 3});
     for (std::size_t c = 0; c < result.classes.size(); ++c)
       clusters.columns.push_back({fmt::format("class{}", c), result.classes[c], CellKind::Whole});
+    clusters.columns.push_back({"apart", "set apart by (in sd)"});
     clusters.columns.push_back({"representative", "representative"});
     clusters.columns.push_back({"spread", "spread", CellKind::Number, 3});
     tables.push_back(std::move(clusters));
@@ -460,6 +460,7 @@ std::vector<ReportEntry> readingOf(const Clusters& result) {
          "nearest other. Rousseeuw (1987), Journal of Computational and Applied Mathematics 20, 53–65. Below 0 a row "
          "is "
          "nearer to the other."});
+    reading.push_back({"misplaced", "Rows of a cluster with a silhouette below 0."});
     reading.push_back({"representative", "The row nearest to the mean of its cluster."});
     reading.push_back({"set apart by",
                        "The descriptors whose mean in the cluster lies farthest from that of all rows, in their "

@@ -291,10 +291,10 @@ ReportFigure scores(const Discriminant& result) {
   return {
       "scores", "Canonical scores",
       fmt::format("The canonical scores of {} rows, their classes marked, with the class means.", result.rows.size()),
-      plane ? fmt::format(
-                  "The directions in which the classes differ most. Large marks are class means; a circle holds {} "
-                  "of a normal class.",
-                  percent(result.level, 0))
+      plane ? fmt::format("The directions in which the classes differ most. Large marks are class means; a dashed "
+                          "outline holds {} "
+                          "of a normal class.",
+                          percent(result.level, 0))
             : "The direction in which the classes differ most; a tick is a row, large marks are class means.",
       finished(plane ? scoreChart(scorePlot(result)) : scoreLines(result))};
 }

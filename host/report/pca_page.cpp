@@ -265,8 +265,8 @@ ReportFigure explainedShares(const PrincipalComponents& result) {
                              {"component", "component", false},
                              {"share", "share"},
                              {"total", "all kept"}});
-  const Json share =
-      with(with(fromZero("share", "share explained"), "scale", {{"domain", {0, 1}}}), "axis", {{"format", "%"}});
+  const Json share = with(with(fromZero("share", "share explained"), "scale", {{"domain", {0, 1}}}), "axis",
+                          {{"format", "%"}, {"tickCount", 5}});
   const bool curve = !numbersInNames(result.used.descriptors).empty();
   Json chart;
   std::string cut;
