@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # embed_test.sh SOURCE BUILD LIBDIR: installs BUILD into a temporary prefix, moves it, and uses what is there: the command, each
-# header alone, and examples/embed linked with the shared libraries and with the archives, by find_package and by
+# header alone, and the programs of examples/embed linked with the shared libraries and with the archives, by find_package and by
 # pkg-config. Each of the two kinds of linking sees a tree without the other's files.
 set -euo pipefail
 source=$1 build=$2 libdir=$3
@@ -16,10 +16,22 @@ check_figure() {
   echo "ok: $2"
 }
 
+# Cement by stepwise selection: x1 and x2, with R's coefficients of lm(y ~ x1 + x2); leave-one-out PRESS 149.10 of 2715.76.
+check_regression() {  # FOLDER LABEL
+  local equation='52\.577348882 + 1\.468305742 \* x1 + 0\.662250491 \* x2'
+  "$1/regression" "$source/examples/cement.csv" y "$work/model.json" >"$work/out" 2>"$work/err" ||
+    { cat "$work/err"; fail "$2: status $?"; }
+  "$1/raw_mulreg" >>"$work/out" || fail "$2, raw: status $?"
+  [ "$(grep -c "$equation" "$work/out")" -eq 2 ] && grep -q '^q2 0\.945' "$work/out" && grep -q '^mix 13: 112\.' "$work/out" ||
+    { cat "$work/out"; fail "$2: another regression"; }
+  echo "ok: $2, regression"
+}
+
 with_find_package() {  # PREFIX STATIC
   cmake -S "$source/examples/embed" -B "$1-build" -G Ninja --log-level=NOTICE -DCMAKE_PREFIX_PATH="$1" -DEMBED_STATIC="$2"
   cmake --build "$1-build" >"$work/log" || { cat "$work/log"; fail "find_package, static $2"; }
   check_figure "$1-build/embed" "find_package, static $2"
+  check_regression "$1-build" "find_package, static $2"
 }
 
 with_pkg_config() {  # PREFIX FLAG...

@@ -55,7 +55,7 @@ struct DiscriminantClass {
 };
 
 // Counts of true (row) by predicted class (column).
-struct Confusion {
+struct STUDYSTATS_API Confusion {
   std::size_t classes = 0;
   std::vector<std::size_t> counts;  // by row
   std::size_t operator()(std::size_t truth, std::size_t predicted) const { return counts[truth * classes + predicted]; }

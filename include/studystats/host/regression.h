@@ -36,7 +36,7 @@ struct RegressionOptions {
 };
 
 // An equation: response = constant + sum of coefficient * name.
-struct Equation {
+struct STUDYSTATS_API Equation {
   struct Term {
     std::string name;
     double coefficient = 0;
