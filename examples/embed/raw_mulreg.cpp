@@ -46,10 +46,7 @@ Fit fit(const Reals& x, std::int32_t nRows, std::int32_t nCols, const Reals& sca
   std::iota(rowIds.begin(), rowIds.end(), 1);
   const std::int32_t maxFolds = nRows;
   ProgressMonitor monitor;  // holds a reference on the host's interface while it lives
-  if (host != nullptr) {
-    host->AddRef();
-    monitor.SetProgressMonitor(Dvo::DvoComPtr<ISBProgressMonitor>(host));
-  }
+  monitor.monitor = host;
   monitor.SetStatusText("Regression");
 
   // 2. What comes out: every array is the caller's.

@@ -9,7 +9,7 @@
 // std::optional. Nothing here writes to a stream: what is worth saying stands in `remarks`, what went wrong is thrown
 // as an Error. Options take designated initialisers: what has a default may be left out (members of class type carry {}
 // so that g++ -Wextra agrees). Functions may be called from any thread; an analysis that validates holds a lock of this
-// library's while it runs.
+// library's while it runs. An application that has an ISBProgressMonitor takes host/host_monitor.h besides.
 #pragma once
 
 #include <studystats/host/clusters.h>

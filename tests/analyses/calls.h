@@ -63,6 +63,7 @@ class StoppingHost {
     monitor.monitor = &host_;
     host_.AddRef();
   }
+  ISBProgressMonitor* window() { return &host_; }
   ProgressMonitor monitor;
   std::vector<std::int32_t> percentages;  // of the reports, one after the other
 

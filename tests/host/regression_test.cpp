@@ -1,5 +1,6 @@
 // Stepwise regression through the host layer, against R, certified values and its own definitions.
 #include <studystats/host.h>
+#include <studystats/host/host_monitor.h>
 
 #include <gtest/gtest.h>
 
@@ -7,6 +8,7 @@
 #include <cmath>
 #include <limits>
 
+#include "tests/analyses/calls.h"
 #include "tests/host/draws.h"
 
 namespace studystats {
@@ -209,6 +211,17 @@ TEST(Regression, StopsAtAnyReportAndRunsAgainAsIfNothingHadBeen) {
                       .progress = [](const Progress& p) { return p.stage == "folds" ? throw Upset() : true; }}),
       Upset);
   EXPECT_EQ(regress(table, {.response = "y"}).validation->press, whole.validation->press);
+}
+
+TEST(Regression, ReportsToAnApplicationsOwnWindow) {
+  const Table table = example("cement.csv");
+  StoppingHost patient(0), impatient(3);
+  regress(table, {.response = "y", .progress = fromHostMonitor(patient.window())});
+  EXPECT_EQ(patient.percentages.back(), 100);
+  EXPECT_GE(patient.percentages.front(), 10);
+  EXPECT_TRUE(std::is_sorted(patient.percentages.begin(), patient.percentages.end()));
+  EXPECT_THROW(regress(table, {.response = "y", .progress = fromHostMonitor(impatient.window())}), Stopped);
+  EXPECT_EQ(impatient.percentages.size(), 3u);
 }
 
 TEST(Regression, RefusesWithASentence) {
