@@ -45,8 +45,8 @@ async function drawAll(figures) {
 function linkRows(page, figures) {
   const named = new Map();
   for (const rows of Object.values(page.rows))
-    for (const row of rows)
-      if (row.key !== undefined) named.set(row.key, row.row ?? row.descriptor ?? row.term ?? row.key);
+    for (const {key, row, descriptor, term, column} of rows)
+      if (key && !named.has(key)) named.set(key, row ?? descriptor ?? term ?? column);
   const status = document.getElementById("lit");
   let lit = null;
 

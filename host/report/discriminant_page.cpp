@@ -20,6 +20,7 @@ namespace {
 // The two tables of confusion.
 constexpr const char* kHeldOutRows = "cross-validated";
 constexpr const char* kFittedRows = "resubstitution (fitted)";
+constexpr std::size_t kShortName = 8;  // of a class, which fits below its column
 
 bool selects(const Discriminant& result) { return result.selection.kind != ClassSelection::Kind::All; }
 
@@ -52,7 +53,7 @@ ReportFrame frameOf(const Discriminant& result) {
   ReportFrame frame{{"correct", "fitted", "cross-validated"}, {}};
   const bool validated = static_cast<bool>(result.validation);
   frame.rows.push_back(
-      {selects(result) ? fmt::format("{} descriptors chosen", result.chosen.size()) : "all descriptors",
+      {selects(result) ? counted(result.chosen.size(), "descriptor", "descriptors") + " chosen" : "all descriptors",
        percent(result.fitted.fraction()),
        validated ? percent(result.validation->confusion.fraction()) : "not validated"});
   if (validated && result.allDescriptors)
@@ -205,8 +206,10 @@ Table selectionOf(const Discriminant& result) {
 ReportFigure confusion(const Discriminant& result) {
   const std::size_t classes = result.classes.size();
   const int height = static_cast<int>(std::clamp<std::size_t>(classes * 44, 120, 460));
-  const Json x =
-      with(named("predicted", "put into"), "axis", {{"labelAngle", classes > 4 ? -40 : 0}, {"labelLimit", 100}});
+  std::size_t longest = 0;
+  for (const DiscriminantClass& one : result.classes) longest = std::max(longest, one.name.size());
+  const bool crowded = classes > 4 || longest > kShortName;
+  const Json x = with(named("predicted", "put into"), "axis", {{"labelAngle", crowded ? -40 : 0}, {"labelLimit", 100}});
   const Json y = with(named("truth", "true class"), "axis", {{"labelLimit", 110}});
   const Json tooltip = tips({{"truth", "true class", false},
                              {"predicted", "put into", false},
@@ -233,8 +236,6 @@ ReportFigure confusion(const Discriminant& result) {
                {{"x", x}, {"y", y}, {"text", {{"field", "rows"}, {"type", "quantitative"}}}, {"tooltip", tooltip}}}};
   counts["encoding"]["color"] = {{"condition", {{"test", "datum.share > 0.6"}, {"value", kPaper.light}}},
                                  {"value", kInk.light}};
-  std::size_t longest = 0;
-  for (const DiscriminantClass& one : result.classes) longest = std::max(longest, one.name.size());
   const int labels = static_cast<int>(std::min<std::size_t>(longest * 7, 110));
   Json views = Json::array();
   for (const char* kind : {kHeldOutRows, kFittedRows}) {
@@ -301,7 +302,11 @@ ReportFigure scores(const Discriminant& result) {
 
 ReportFigure stepsFigure(const Discriminant& result) {
   const Json x = with(named("label", "step"), "axis", {{"labelAngle", -35}, {"labelLimit", 120}});
-  const Json y = with(quantitative("fraction", "correct"), "axis", {{"format", "%"}});
+  double least = result.validation ? result.validation->confusion.fraction() : 1;
+  for (const DiscriminantStep& step : result.steps) least = std::min(least, step.fraction);
+  const double low = std::max(std::floor(10 * least - 0.5) / 10, 0.0);  // the tenth below, with room for the point
+  const Json y =
+      with(with(fromZero("fraction", "correct"), "scale", {{"domain", {low, 1}}}), "axis", {{"format", "%"}});
   const Json tooltip =
       tips({{"descriptor", "descriptor", false}, {"fraction", "correct, fitted"}, {"distances", "sum of distances"}});
   Json layers = Json::array({{{"mark", {{"type", "line"}, {"color", kPale.light}}}, {"encoding", {{"x", x}, {"y", y}}}},

@@ -64,7 +64,8 @@ ReportFigure selectionPath(const Parts& parts) {
   const bool few = parts.result.steps.size() <= kNamedSteps;
   const Json x =
       few ? with(named("label", "step"), "axis", {{"labelAngle", -35}, {"labelLimit", 120}}) : numbered("step", "step");
-  const Json y = with(quantitative("shown", ""), "axis", {{"title", {{"expr", "{r2: 'R²', s: 's', f: 'F'}[show]"}}}});
+  const auto scaled = parts.result.steps.size() > 1 ? quantitative : fromZero;  // one value makes no scale
+  const Json y = with(scaled("shown", ""), "axis", {{"title", {{"expr", "{r2: 'R²', s: 's', f: 'F'}[show]"}}}});
   Json chart = layered(
       "steps", 280,
       Json::array(
