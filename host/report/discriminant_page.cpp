@@ -1,4 +1,6 @@
 // A discriminant analysis as a page: how many rows left out are put into the right class, and where the classes lie.
+#include "host/report/discriminant_page.h"
+
 #include "host/distributions.h"
 #include "host/folds.h"
 #include "host/report/components.h"
@@ -17,16 +19,13 @@
 namespace studystats {
 namespace {
 
-// The two tables of confusion.
-constexpr const char* kHeldOutRows = "cross-validated";
-constexpr const char* kFittedRows = "resubstitution (fitted)";
-constexpr std::size_t kShortName = 8;  // of a class, which fits below its column
-
-bool selects(const Discriminant& result) { return result.selection.kind != ClassSelection::Kind::All; }
-
-std::size_t functionsOf(const Discriminant& result) { return result.functions.size(); }
-
 std::string ofText(std::size_t part, std::size_t whole) { return fmt::format("{} of {}", part, whole); }
+
+std::size_t classNumber(const Discriminant& result, const std::string& name) {
+  const auto found = std::find_if(result.classes.begin(), result.classes.end(),
+                                  [&](const DiscriminantClass& one) { return one.name == name; });
+  return static_cast<std::size_t>(found - result.classes.begin());
+}
 
 std::string foldText(const Discriminant& result) {
   return describedFolds(result.plan) + (selects(result) ? ", selection repeated in each" : ", refitted in each");
@@ -62,25 +61,7 @@ ReportFrame frameOf(const Discriminant& result) {
   return frame;
 }
 
-// The verdict on a row left out, by which it is marked.
-std::string verdictOf(const DiscriminantRow& row) {
-  if (row.role == Role::Predicted) return "kept out";
-  if (row.heldOutClass.empty()) return "never left out";
-  return row.heldOutClass == row.known ? "right when left out" : "wrong when left out";
-}
-
-std::size_t classNumber(const Discriminant& result, const std::string& name) {
-  const auto found = std::find_if(result.classes.begin(), result.classes.end(),
-                                  [&](const DiscriminantClass& one) { return one.name == name; });
-  return static_cast<std::size_t>(found - result.classes.begin());
-}
-
-// The distance to the mean of its own class, or of the class predicted where none is known; and to the nearest other.
-double ownDistance(const Discriminant& result, const DiscriminantRow& row) {
-  const std::size_t own = classNumber(result, row.known.empty() ? row.predicted : row.known);
-  return own < row.distances.size() ? row.distances[own] : std::numeric_limits<double>::quiet_NaN();
-}
-
+// The least distance to the mean of another class.
 double otherDistance(const Discriminant& result, const DiscriminantRow& row) {
   const std::size_t own = classNumber(result, row.known.empty() ? row.predicted : row.known);
   double least = std::numeric_limits<double>::infinity();
@@ -203,201 +184,6 @@ Table selectionOf(const Discriminant& result) {
   return selectionData(std::move(choices));
 }
 
-ReportFigure confusion(const Discriminant& result) {
-  const std::size_t classes = result.classes.size();
-  const int height = static_cast<int>(std::clamp<std::size_t>(classes * 44, 120, 460));
-  std::size_t longest = 0;
-  for (const DiscriminantClass& one : result.classes) longest = std::max(longest, one.name.size());
-  const bool crowded = classes > 4 || longest > kShortName;
-  const Json x = with(named("predicted", "put into"), "axis", {{"labelAngle", crowded ? -40 : 0}, {"labelLimit", 100}});
-  const Json y = with(named("truth", "true class"), "axis", {{"labelLimit", 110}});
-  const Json tooltip = tips({{"truth", "true class", false},
-                             {"predicted", "put into", false},
-                             {"rows", "rows"},
-                             {"share", "share of the class"}});
-  Json cells{{"mark", {{"type", "rect"}, {"stroke", kPaper.light}, {"strokeWidth", 2}}},
-             {"encoding",
-              {{"x", x},
-               {"y", y},
-               {"color",
-                {{"field", "right"},
-                 {"type", "nominal"},
-                 {"title", nullptr},
-                 {"scale", {{"domain", {"right", "wrong"}}, {"range", {kStrong.light, kOther.light}}}},
-                 {"legend", nullptr}}},
-               {"opacity",
-                {{"field", "share"},
-                 {"type", "quantitative"},
-                 {"scale", {{"domain", {0, 1}}, {"range", {0.06, 0.85}}}},
-                 {"legend", nullptr}}},
-               {"tooltip", tooltip}}}};
-  Json counts{{"mark", {{"type", "text"}, {"fontSize", classes > 8 ? 10 : 14}}},
-              {"encoding",
-               {{"x", x}, {"y", y}, {"text", {{"field", "rows"}, {"type", "quantitative"}}}, {"tooltip", tooltip}}}};
-  counts["encoding"]["color"] = {{"condition", {{"test", "datum.share > 0.6"}, {"value", kPaper.light}}},
-                                 {"value", kInk.light}};
-  const int labels = static_cast<int>(std::min<std::size_t>(longest * 7, 110));
-  Json views = Json::array();
-  for (const char* kind : {kHeldOutRows, kFittedRows}) {
-    if (kind == kHeldOutRows && !result.validation) continue;
-    Json view{{"title", kind}, {"height", height}, {"layer", Json::array({cells, counts})}};
-    views.push_back(onlyWhere(std::move(view), fmt::format("datum.kind == '{}'", kind)));
-  }
-  return {"confusion", "Confusion",
-          fmt::format("Heat map of true against predicted class{}, for {} classes.",
-                      result.validation ? ", cross-validated and by resubstitution" : ", by resubstitution", classes),
-          "Each line is a true class, each cell the rows put into the class below. Cross-validated rows were left out; "
-          "resubstitution has seen them.",
-          finished(panels("confusion", std::move(views), 110, labels + 50))};
-}
-
-ScorePlot scorePlot(const Discriminant& result) {
-  ScorePlot plot{.symbol = "score", .group = "group", .circles = "circles", .centres = "classes"};
-  for (std::size_t k = 0; k < functionsOf(result); ++k)
-    plot.titles.push_back(fmt::format("function {} ({})", k + 1, percent(result.functions[k].share)));
-  for (const DiscriminantClass& one : result.classes) plot.groups.push_back(one.name);
-  if (std::any_of(result.rows.begin(), result.rows.end(), [](const DiscriminantRow& row) { return row.known.empty(); }))
-    plot.groups.push_back("unknown");
-  plot.tooltip = tips({{"row", "row", false},
-                       {"known", "class", false},
-                       {"heldOutClass", "when left out", false},
-                       {"predicted", "fitted", false},
-                       {"posterior", "posterior"}});
-  return plot;
-}
-
-// One function alone: a line a class.
-Json scoreLines(const Discriminant& result) {
-  const ScorePlot plot = scorePlot(result);
-  Json names = Json::array(), colours = Json::array();
-  for (std::size_t g = 0; g < plot.groups.size(); ++g) {
-    names.push_back(plot.groups[g]);
-    colours.push_back(groupColour(g).light);
-  }
-  const Json colour{
-      {"field", "group"}, {"type", "nominal"}, {"scale", {{"domain", names}, {"range", colours}}}, {"legend", nullptr}};
-  const Json x = quantitative("score1", plot.titles.front()), y = named("group", "");
-  Json ticks{{"mark", {{"type", "tick"}, {"thickness", 2}, {"size", 30}}},
-             {"encoding", {{"x", x}, {"y", y}, {"color", colour}, {"tooltip", plot.tooltip}}}};
-  Json means{
-      {"data", {{"name", "classes"}}},
-      {"mark", {{"type", "point"}, {"size", 170}, {"stroke", kInk.light}, {"strokeWidth", 1.6}}},
-      {"encoding",
-       {{"x", x}, {"y", y}, {"color", colour}, {"tooltip", tips({{"group", "mean of", false}, {"score1", "score"}})}}}};
-  return lines("rows", 48, plot.groups.size(), Json::array({std::move(ticks), std::move(means)}));
-}
-
-ReportFigure scores(const Discriminant& result) {
-  const bool plane = functionsOf(result) > 1;
-  return {
-      "scores", "Canonical scores",
-      fmt::format("The canonical scores of {} rows, their classes marked, with the class means.", result.rows.size()),
-      plane ? fmt::format("The directions in which the classes differ most. Large marks are class means; a dashed "
-                          "outline holds {} "
-                          "of a normal class.",
-                          percent(result.level, 0))
-            : "The direction in which the classes differ most; a tick is a row, large marks are class means.",
-      finished(plane ? scoreChart(scorePlot(result)) : scoreLines(result))};
-}
-
-ReportFigure stepsFigure(const Discriminant& result) {
-  const Json x = with(named("label", "step"), "axis", {{"labelAngle", -35}, {"labelLimit", 120}});
-  double least = result.validation ? result.validation->confusion.fraction() : 1;
-  for (const DiscriminantStep& step : result.steps) least = std::min(least, step.fraction);
-  const double low = std::max(std::floor(10 * least - 0.5) / 10, 0.0);  // the tenth below, with room for the point
-  const Json y =
-      with(with(fromZero("fraction", "correct"), "scale", {{"domain", {low, 1}}}), "axis", {{"format", "%"}});
-  const Json tooltip =
-      tips({{"descriptor", "descriptor", false}, {"fraction", "correct, fitted"}, {"distances", "sum of distances"}});
-  Json layers = Json::array({{{"mark", {{"type", "line"}, {"color", kPale.light}}}, {"encoding", {{"x", x}, {"y", y}}}},
-                             {{"mark", {{"type", "point"}, {"size", 70}, {"color", kPale.light}, {"opacity", 1}}},
-                              {"encoding", {{"x", x}, {"y", y}, {"tooltip", tooltip}}}}});
-  if (result.validation) {
-    layers.push_back(limitLine("y", result.validation->confusion.fraction()));
-    layers.back()["mark"]["color"] = kStrong.light;
-    layers.back()["mark"]["strokeWidth"] = 1.8;
-  }
-  return {"steps-figure", "Fraction correct per step",
-          fmt::format("Line: the fraction of fitted rows put into the right class after each of {} steps.",
-                      result.steps.size()),
-          result.validation
-              ? "Pale: rows that the classifier has seen. The dashed line is the cross-validated fraction of the whole "
-                "procedure."
-              : "Rows that the classifier has seen.",
-          finished(layered("steps", 280, std::move(layers)))};
-}
-
-ReportFigure distances(const Discriminant& result) {
-  struct Verdict {
-    const char* text;
-    const Colour* colour;
-    const char* shape;
-  };
-  const Verdict verdicts[] = {{"right when left out", &kPale, "circle"},
-                              {"wrong when left out", &kOther, "cross"},
-                              {"never left out", &kLine, "square"},
-                              {"kept out", &kStrong, "triangle-up"}};
-  Json names = Json::array(), colours = Json::array(), shapes = Json::array();
-  for (const Verdict& verdict : verdicts)
-    if (std::any_of(result.rows.begin(), result.rows.end(),
-                    [&](const DiscriminantRow& row) { return verdictOf(row) == verdict.text; })) {
-      names.push_back(verdict.text);
-      colours.push_back(verdict.colour->light);
-      shapes.push_back(verdict.shape);
-    }
-  const auto channel = [&](const Json& range) {
-    return Json{{"field", "verdict"},
-                {"type", "nominal"},
-                {"title", nullptr},
-                {"scale", {{"domain", names}, {"range", range}}}};
-  };
-  double most = 0;
-  for (const DiscriminantRow& row : result.rows)
-    if (std::isfinite(ownDistance(result, row))) most = std::max(most, ownDistance(result, row));
-  Json equal{{"data", {{"values", Json::array({{{"d", 0}}, {{"d", most}}})}}},
-             {"mark", {{"type", "line"}, {"strokeWidth", 1}, {"color", kLine.light}}},
-             {"encoding",
-              {{"x", {{"field", "d"}, {"type", "quantitative"}}}, {"y", {{"field", "d"}, {"type", "quantitative"}}}}}};
-  Json marks{
-      {"mark", {{"type", "point"}}},
-      {"encoding",
-       {{"x", fromZero("own", "distance to its own class")},
-        {"y", fromZero("other", "distance to the nearest other class")},
-        {"color", channel(colours)},
-        {"shape", channel(shapes)},
-        {"order", {{"condition", {{"test", "datum.verdict == 'wrong when left out'"}, {"value", 1}}}, {"value", 0}}},
-        {"tooltip", tips({{"row", "row", false},
-                          {"known", "class", false},
-                          {"heldOutClass", "when left out", false},
-                          {"own", "to its own class"},
-                          {"other", "to the nearest other"}})}}}};
-  return {
-      "distances", "Distances to the classes",
-      fmt::format("Scatter plot of the Mahalanobis distances of {} rows to their own and to the nearest other class.",
-                  result.rows.size()),
-      "Below the line a row lies nearer to another class. Rows without a class are shown for the one they are put "
-      "into. "
-      "Distances are those of the final classifier.",
-      finished(layered("rows", 320, Json::array({std::move(equal), std::move(marks)})))};
-}
-
-std::vector<ReportFigure> figuresOf(const Discriminant& result, const Table& selection,
-                                    const ColouringColumns& colours) {
-  std::vector<ReportFigure> figures{confusion(result)};
-  if (!result.functions.empty()) figures.push_back(scores(result));
-  if (!result.steps.empty()) figures.push_back(stepsFigure(result));
-  if (selects(result) && result.validation && selection.rows() > 0)
-    figures.push_back(
-        selectionFigure(selection, result.plan.folds, "open bars are descriptors that the classifier does not have."));
-  figures.push_back(distances(result));
-  if (functionsOf(result) > 1 && !colours.names.empty())
-    figures.push_back({"scores-by-column", "Canonical scores, coloured by a column",
-                       "Scatter plot of the canonical scores, coloured by the values of a column that can be chosen.",
-                       "A colour that runs in one direction tells what that direction means.",
-                       finished(scoreChartByColumn(scorePlot(result), colours.names))});
-  return figures;
-}
-
 std::vector<ReportTable> tablesOf(const Discriminant& result) {
   ReportTable classes{
       "classes", "Classes", "", "classes", {{"group", result.classColumn}, {"rows", "rows", CellKind::Whole}}};
@@ -481,6 +267,17 @@ std::vector<ReportEntry> readingOf(const Discriminant& result) {
 
 }  // namespace
 
+std::string verdictOf(const DiscriminantRow& row) {
+  if (row.role == Role::Predicted) return "kept out";
+  if (row.heldOutClass.empty()) return "never left out";
+  return row.heldOutClass == row.known ? "right when left out" : "wrong when left out";
+}
+
+double ownDistance(const Discriminant& result, const DiscriminantRow& row) {
+  const std::size_t own = classNumber(result, row.known.empty() ? row.predicted : row.known);
+  return own < row.distances.size() ? row.distances[own] : std::numeric_limits<double>::quiet_NaN();
+}
+
 ReportPage reportPage(const Discriminant& result, const ReportContext& context) {
   std::vector<std::string> names;
   for (const DiscriminantRow* row : shown(result.rows)) names.push_back(row->name);
@@ -495,7 +292,7 @@ ReportPage reportPage(const Discriminant& result, const ReportContext& context) 
   page.frame = frameOf(result);
   page.data = {confusionOf(result), classesOf(result), rowsOf(result, colours),
                circlesOf(result),   stepsOf(result),   selectionOf(result)};
-  page.figures = figuresOf(result, page.data.back(), colours);
+  page.figures = discriminantFigures(result, page.data.back(), colours);
   page.tables = tablesOf(result);
   page.remarks = anchored(result.remarks, {{"unstable-selection", "selection-frequency"},
                                            {"small-class", "classes"},
