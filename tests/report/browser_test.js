@@ -286,7 +286,7 @@ test("The page is the same for the same input and SOURCE_DATE_EPOCH", () => {
 const firstColumn = (page, table) => page.locator(`#${table} tbody th`).allInnerTexts();
 const column = (page, table, i) => page.locator(`#${table} tbody tr td:nth-child(${i})`).allInnerTexts();
 
-test("Tables sort by mouse and by keyboard, and are searched", async () => {
+test("Tables sort by mouse and by keyboard and are searched; keys walk through rows and figures", async () => {
   const page = await opened("tables", "mlr", example("linnerud.csv"), "--response", "Weight", "--select", "all");
   const observed = read("linnerud.csv").slice(1).map(cells => Number(cells[4]));
   const heading = page.locator("#rows thead button", {hasText: /^observed/});
@@ -315,6 +315,14 @@ test("Tables sort by mouse and by keyboard, and are searched", async () => {
   await page.keyboard.press("ArrowDown");
   assert.notEqual(await page.locator("#lit").innerText(), before);
   assert.ok(await page.locator("figure#williams .lit-mark").count() > 0);
+  await page.keyboard.press("Escape");
+  assert.equal(await page.locator(".lit-mark").count(), 0);
+
+  // So do they in a figure that has the focus.
+  await page.locator("figure#williams .plot").focus();
+  await page.keyboard.press("ArrowRight");
+  assert.equal(await page.locator("#lit").innerText(), "person 1");
+  assert.ok(await page.locator("figure#residuals .lit-mark").count() > 0);
   await close(page);
 });
 
