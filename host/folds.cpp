@@ -142,7 +142,9 @@ std::string describedFolds(const FoldPlan& plan) {
 std::string explainedFolds(const RunFolds& folds, std::size_t n, const std::string& order) {
   if (folds.kind == Folds::Kind::Column) {
     const FoldPlan plan = planOf(0, folds, n);
-    return fmt::format("{} of {} to {} rows", describedFolds(plan), plan.smallest, plan.largest);
+    const std::string sizes = plan.smallest == plan.largest ? fmt::to_string(plan.largest)
+                                                            : fmt::format("{} to {}", plan.smallest, plan.largest);
+    return fmt::format("{} of {} rows", describedFolds(plan), sizes);
   }
   if (folds.kind == Folds::Kind::LeaveOneOut) return fmt::format("leave-one-out: {} folds", n);
   if (folds.kind == Folds::Kind::Random)

@@ -3,7 +3,8 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 export DEBIAN_FRONTEND=noninteractive
 
-# Debian's names of what the command and the libraries are built with, and what the tests need besides.
+# Debian's names of what the command and the libraries are built with, and what the tests need besides. Report pages take
+# npm, and chromium for their tests.
 BUILD_PACKAGES=(cmake g++ ninja-build libboost-math-dev libcli11-dev libcsv-dev libfmt-dev nlohmann-json3-dev)
 TEST_PACKAGES=(libgtest-dev pkg-config)
 
@@ -30,6 +31,14 @@ need() {
   "${root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" \
     >build-apt.log 2>&1 || { tail -n 20 build-apt.log >&2; die "apt could not install them"; }
   rm -f build-apt.log
+}
+
+# need_command NAME...: the same for commands whose packages have their name, wherever they came from.
+need_command() {
+  local name
+  for name in "$@"; do
+    command -v "$name" >/dev/null || need "$name"
+  done
 }
 
 # configure PRESET [OPTION...]

@@ -50,9 +50,8 @@ void remarkOnRank(PartialLeastSquares& result) {
 
 // "residual distance 1.7 to 10.0 times its 95 % limit"
 std::string reach(const PartialLeastSquares& result, double least, double most, const char* name) {
-  return least == most ? fmt::format("{} {} times its {} limit", name, fixed(most, 1), percent(result.level, 0))
-                       : fmt::format("{} {} to {} times its {} limit", name, fixed(least, 1), fixed(most, 1),
-                                     percent(result.level, 0));
+  const std::string from = fixed(least, 1), to = fixed(most, 1);
+  return fmt::format("{} {} times its {} limit", name, from == to ? to : from + " to " + to, percent(result.level, 0));
 }
 
 void remarkOnDomain(PartialLeastSquares& result) {
