@@ -62,9 +62,16 @@ function linkRows(page, figures) {
   }
 
   const keyOf = target => target.closest?.("tr[data-key]")?.dataset.key ?? (target.__data__?.datum?.key || null);
-  document.addEventListener("pointerover", event => light(keyOf(event.target)));
+  // While keys scroll the page, what comes to lie below a pointer at rest is not pointed at.
+  let byKeys = false;
+  document.addEventListener("pointerover", event => byKeys || light(keyOf(event.target)));
+  document.addEventListener("pointermove", event => {
+    if (byKeys) light(keyOf(event.target));
+    byKeys = false;
+  });
   document.addEventListener("focusin", event => light(keyOf(event.target)));
   document.addEventListener("keydown", event => {
+    byKeys = true;
     if (event.key === "Escape") light(null);
     const line = event.target.closest?.("tr[data-key]");
     const plot = event.target.closest?.(".plot");

@@ -35,6 +35,10 @@ function textOf(value, column) {
   }
 }
 
+// Long lists break after their commas alone.
+const listText = text => text.length > kLongText
+  ? text.split(", ").map(part => part.replaceAll(" ", "\u00a0")).join(", ") : text;
+
 // A bar beside the number: from the left for a part of a whole, to both sides of the middle for signed values.
 function barFor(value, column, largest) {
   if (!["share", "count", "bar"].includes(column.kind)) return null;
@@ -142,7 +146,7 @@ class PageTable {
     this.table.columns.forEach((column, i) => {
       const value = row[column.field];
       const cell = i === 0 ? element("th", {scope: "row", title: String(value ?? "")}, textOf(value, column))
-                           : element("td", {class: this.classes[i]}, textOf(value, column));
+                           : element("td", {class: this.classes[i]}, listText(textOf(value, column)));
       const bar = barFor(value, column, this.largest[column.field]);
       if (bar) cell.append(bar);
       line.append(cell);
