@@ -18,7 +18,7 @@ const {chromium} = require(path.join(modules, "playwright-core"));
 
 const kPages = {
   describe: ["airquality.csv"],
-  pca: ["wine.csv", "--class", "cultivar"],
+  pca: ["wine.csv", "--class", "cultivar", "--components", "3"],
   mlr: ["bloodbrain.csv", "--response", "logBBB", "--max-steps", "12"],
   pls: ["gasoline.csv", "--response", "octane", "--test-rows", "51-60"],
   da: ["wine.csv", "--class", "cultivar"],

@@ -175,13 +175,13 @@ std::vector<ReportTable> tablesOf(const Clusters& result) {
                          {{"cluster", "cluster"},
                           {"rows", "rows", CellKind::Whole},
                           {"silhouette", "silhouette", CellKind::Fixed, 2},
-                          {"misplaced", "misplaced", CellKind::Whole}}};
+                          {"misplaced", "misplaced", CellKind::Whole},
+                          {"representative", "representative"},
+                          {"apart", "set apart by (in sd)"}}};
     for (std::size_t k = 0; k < result.responses.size(); ++k)
       clusters.columns.push_back({fmt::format("response{}", k), "mean " + result.responses[k], CellKind::Number, 3});
     for (std::size_t c = 0; c < result.classes.size(); ++c)
       clusters.columns.push_back({fmt::format("class{}", c), result.classes[c], CellKind::Whole});
-    clusters.columns.push_back({"apart", "set apart by (in sd)"});
-    clusters.columns.push_back({"representative", "representative"});
     clusters.columns.push_back({"spread", "spread", CellKind::Number, 3});
     tables.push_back(std::move(clusters));
   }

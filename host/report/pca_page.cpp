@@ -338,7 +338,12 @@ std::vector<ReportTable> tablesOf(const PrincipalComponents& result) {
                           {"eigenvalue", "eigenvalue", CellKind::Number, 5},
                           {"explained", "explained", CellKind::Share},
                           {"cumulative", "cumulative", CellKind::Share}}};
-  ReportTable loadings{"loading-table", "Loadings", "", "loadings", {{"descriptor", "descriptor"}}};
+  // What is shared by all components stands first: many of them are wider than a page.
+  ReportTable loadings{"loading-table",
+                       "Loadings",
+                       "",
+                       "loadings",
+                       {{"descriptor", "descriptor"}, {"explained", "explained", CellKind::Share}}};
   ReportTable rows{"rows", "Rows", samplingText(result.rows.size()), "rows", {{"row", rowHeading(result.used)}}};
   if (!result.used.predictedRows.empty()) rows.columns.push_back({"role", "role"});
   if (!result.classColumn.empty()) rows.columns.push_back({"label", result.classColumn});
@@ -349,7 +354,6 @@ std::vector<ReportTable> tablesOf(const PrincipalComponents& result) {
     loadings.columns.push_back({name, name, CellKind::Bar, 3});
     rows.columns.push_back({name, name, CellKind::Number, 4});
   }
-  loadings.columns.push_back({"explained", "explained", CellKind::Share});
   return {std::move(loadings), std::move(components), std::move(rows)};
 }
 
