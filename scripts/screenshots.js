@@ -22,7 +22,7 @@ const kPages = {
   mlr: ["bloodbrain.csv", "--response", "logBBB", "--max-steps", "12"],
   pls: ["gasoline.csv", "--response", "octane", "--test-rows", "51-60"],
   da: ["wine.csv", "--class", "cultivar"],
-  cluster: ["iris.csv", "--clusters", "3", "--class", "Species"],
+  cluster: ["iris.csv", "--clusters", "3"],
 };
 
 async function main() {
