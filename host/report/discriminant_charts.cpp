@@ -1,5 +1,6 @@
 // The figures of a discriminant analysis.
 #include "host/report/discriminant_page.h"
+#include "host/report/predictions.h"
 #include "host/report/selection.h"
 #include "host/text.h"
 
@@ -57,7 +58,8 @@ ReportFigure confusion(const Discriminant& result) {
           fmt::format("Heat map of true against predicted class{}, for {} classes.",
                       result.validation ? ", cross-validated and by resubstitution" : ", by resubstitution", classes),
           "Each line is a true class, each cell the rows put into the class below. Cross-validated rows were left out; "
-          "resubstitution has seen them.",
+          "resubstitution has seen them." +
+              (result.validation ? heldOutByDraws(result.plan, result.rows, "each time counts") : std::string()),
           finished(panels("confusion", std::move(views), 110, labels + 50))};
 }
 

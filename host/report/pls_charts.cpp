@@ -17,7 +17,8 @@ PredictedRows predictionsOf(const Pls& result, const Table& rows) {
           any([](const PlsRow& row) {
             return row.role == Role::Predicted && std::any_of(row.observed.begin(), row.observed.end(),
                                                               [](const auto& value) { return value.has_value(); });
-          })};
+          }),
+          heldOutByDraws(result.plan, result.rows, kMeanOfPredictions)};
 }
 
 ReportFigure componentFigures(const Pls& result) {

@@ -82,6 +82,14 @@ std::string fieldOf(const std::string& name, std::size_t response, std::size_t r
   return responses == 1 ? name : fmt::format("{}{}", name, response);
 }
 
+std::string drawsText(std::size_t draws, std::size_t rows, std::size_t heldOut, std::size_t again,
+                      const std::string& predicted) {
+  std::string text =
+      fmt::format(" {} held out {} of {} rows", counted(draws, "random draw", "random draws"), heldOut, rows);
+  if (again > 0) text += fmt::format(", {} of them more than once: {}", again, predicted);
+  return text + '.';
+}
+
 void chooseResponse(const std::vector<std::string>& responses, Json& chart) {
   Json numbers = Json::array();
   for (std::size_t k = 0; k < responses.size(); ++k) numbers.push_back(k);
@@ -116,7 +124,8 @@ ReportFigure observedPredicted(const PredictedRows& predictions) {
                       predictions.rows->rows(), listed(predictions.responses, 4), heldOutText(predictions)),
           predictions.heldOut
               ? "On the line a prediction is right. Strong points were predicted by folds that had not seen "
-                "the row; pale ones were fitted, and lie closer than a new row would."
+                "the row; pale ones were fitted, and lie closer than a new row would." +
+                    predictions.draws
               : "On the line a prediction is right. Fitted points lie closer than a new row would.",
           finished(chart)};
 }
@@ -133,7 +142,8 @@ ReportFigure residuals(const PredictedRows& predictions) {
   takeChosen(predictions, chart);
   return {"residuals", "Residuals",
           fmt::format("Scatter plot of residuals against predictions{}.", heldOutText(predictions)),
-          "A band of even height around zero is as it should be; a bow or a funnel says that something is missing.",
+          "A band of even height around zero is as it should be; a bow or a funnel says that something is missing." +
+              (predictions.heldOut ? predictions.draws : std::string()),
           finished(chart)};
 }
 

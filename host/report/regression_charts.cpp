@@ -25,7 +25,8 @@ struct Parts {
     return {{result.response},
             &table("rows"),
             result.validation && any([](const RegressionRow& row) { return row.heldOut.has_value(); }),
-            any([](const RegressionRow& row) { return row.role == Role::Predicted && row.observed; })};
+            any([](const RegressionRow& row) { return row.role == Role::Predicted && row.observed; }),
+            heldOutByDraws(result.plan, result.rows, kMeanOfPredictions)};
   }
 };
 

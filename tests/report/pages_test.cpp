@@ -153,6 +153,27 @@ TEST(Pages, AnswerWithCrossValidatedFigures) {
   EXPECT_EQ(reportPage(classes).answer, answer);
 }
 
+// Rows held out once, twice and never: the sentence under each figure says what its points are.
+TEST(Pages, SayWhatRandomDrawsHeldOut) {
+  Regression model = regress(example("cement.csv"), {.response = "y", .folds = Folds::random({3, 0.2})});
+  for (RegressionRow& row : model.rows) {
+    row.timesHeldOut = 0;
+    row.heldOut.reset();
+  }
+  for (const auto& [row, times] : {std::pair{0, 2}, {3, 1}, {4, 1}, {7, 3}, {12, 1}}) {
+    model.rows[static_cast<std::size_t>(row)].timesHeldOut = static_cast<std::size_t>(times);
+    model.rows[static_cast<std::size_t>(row)].heldOut = 90;
+  }
+  std::size_t said = 0;
+  for (const ReportFigure& figure : reportPage(model).figures)
+    said += figure.caption.ends_with(
+                "3 random draws held out 5 of 13 rows, 2 of them more than once: their points are "
+                "means.")
+                ? 1
+                : 0;
+  EXPECT_EQ(said, 2u) << "observed against predicted, and residuals";
+}
+
 // Draper & Smith, Applied Regression Analysis: R2 along the textbook path is 67.5, 97.2, 98.2 and, without x4, 97.9 %.
 TEST(Pages, FollowTheSelectionWithTheExplainedShareOfEachStep) {
   const Regression model =
