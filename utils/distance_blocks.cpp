@@ -1,6 +1,6 @@
 // The distances between two blocks of points, all their pairs side by side.
 //
-// The matrix is taken four columns at a time; every pair of points adds its four terms to its own sum. A pair sees the
+// The matrix is taken five columns at a time; every pair of points adds its five terms to its own sum. A pair sees the
 // columns in their order, so the blocks change the speed and not one bit of a distance.
 #include "utils/distance_blocks.h"
 
@@ -12,7 +12,7 @@
 namespace studystats::core {
 namespace {
 
-constexpr int kColumns = 4;  // columns taken together
+constexpr int kColumns = 5;  // columns taken together: of more, g++ 12 no longer makes vectors
 constexpr int kRight = DistanceBlocks::kRight;
 
 // Some columns of the matrix, from a point on. Columns past the last are zero: adding 0 * 0 to a sum that began at +0

@@ -12,7 +12,8 @@ namespace {
 
 constexpr const char* kOperation = "GenerateDistanceMatrix";
 
-constexpr int kSquare = 8;  // rows and columns that are mirrored together: a cache line of each
+constexpr int kLine = 8;  // numbers in a cache line
+constexpr int kRows = 8;  // rows that are mirrored together
 
 // Writes the distances of a left and a right block to their place.
 void store(const DistanceBlocks& blocks, std::size_t left, std::size_t right, DataMatrix& dist) {
@@ -20,18 +21,26 @@ void store(const DistanceBlocks& blocks, std::size_t left, std::size_t right, Da
     std::copy_n(blocks.row(i), blocks.nRight(), dist[left + std::size_t(i)].data() + right);
 }
 
-void mirrorSquare(const DistanceBlocks& blocks, int i0, int j0, std::size_t left, std::size_t right, DataMatrix& dist) {
-  const int iEnd = std::min(blocks.nLeft(), i0 + kSquare), jEnd = std::min(blocks.nRight(), j0 + kSquare);
-  for (int j = j0; j < jEnd; ++j) {
-    double* column = dist[right + std::size_t(j)].data() + left;
-    for (int i = i0; i < iEnd; ++i) column[i] = blocks.row(i)[j];
+// Asks for the memory that some rows on the other side of the diagonal will be written to: they lie far apart.
+void expectRows(const DistanceBlocks& blocks, int from, int to, std::size_t left, std::size_t right, DataMatrix& dist) {
+  for (int j = from; j < to; ++j) {
+    const double* row = dist[right + std::size_t(j)].data() + left;
+    for (int i = 0; i < blocks.nLeft(); i += kLine) __builtin_prefetch(row + i, 1);
   }
 }
 
-// The same on the other side of the diagonal.
+// The same on the other side of the diagonal. Some rows of it are put together first, so that each is written in one
+// go.
 void storeMirrored(const DistanceBlocks& blocks, std::size_t left, std::size_t right, DataMatrix& dist) {
-  for (int j0 = 0; j0 < blocks.nRight(); j0 += kSquare)
-    for (int i0 = 0; i0 < blocks.nLeft(); i0 += kSquare) mirrorSquare(blocks, i0, j0, left, right, dist);
+  double rows[kRows][DistanceBlocks::kLeft];
+  for (int j0 = 0; j0 < blocks.nRight(); j0 += kRows) {
+    const int end = std::min(j0 + kRows, blocks.nRight());
+    expectRows(blocks, end, std::min(end + kRows, blocks.nRight()), left, right, dist);
+    for (int i = 0; i < blocks.nLeft(); ++i)
+      for (int j = j0; j < end; ++j) rows[j - j0][i] = blocks.row(i)[j];
+    for (int j = j0; j < end; ++j)
+      std::copy_n(rows[j - j0], blocks.nLeft(), dist[right + std::size_t(j)].data() + left);
+  }
 }
 
 }  // namespace
