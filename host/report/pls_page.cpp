@@ -92,6 +92,8 @@ Table componentsOf(const Pls& result) {
       .numbers("heldOutRmse", all, [&](One one) { return figures(one).crossValidatedRmse; })
       .numbers("press", all, [&](One one) { return figures(one).press; })
       .numbers("ratio", all, [&](One one) { return figures(one).ratio; });
+  if (!result.foldsWithout.empty())
+    data.numbers("foldsWithout", all, [&](One one) { return result.foldsWithout[one.component]; });
   return data.take();
 }
 
@@ -175,6 +177,8 @@ std::vector<ReportTable> tablesOf(const Pls& result) {
                                           {"ratio", "ratio", CellKind::Fixed, 3},
                                           {"explained", "X explained", CellKind::Share}};
   components.columns.insert(components.columns.end(), figures.begin(), figures.end());
+  if (std::any_of(result.foldsWithout.begin(), result.foldsWithout.end(), [](std::size_t folds) { return folds > 0; }))
+    components.columns.push_back({"foldsWithout", "folds without it", CellKind::Whole});
 
   ReportTable descriptors{"descriptors",
                           "Descriptors",
@@ -272,6 +276,7 @@ ReportPage reportPage(const PartialLeastSquares& result, const ReportContext& co
   page.figures = plsFigures(result, page.data[1], colours);
   page.tables = tablesOf(result);
   page.remarks = anchored(result.remarks, {{"not-predictive", "components"},
+                                           {"beyond-rank", "components"},
                                            {"components-exhausted", "components"},
                                            {"whole-table-centring", "reading"},
                                            {"never-held-out", "rows"},

@@ -174,6 +174,7 @@ TEST(Pls, MarksComponentsBeyondTheRankOfATrainingSet) {
     ASSERT_NE(remark, nullptr);
     EXPECT_EQ(remark->severity, Severity::Note) << "the model keeps fewer";
     EXPECT_TRUE(remark->text.starts_with("the training rows of 1 of 5 folds hold no component 4")) << remark->text;
+    EXPECT_EQ(reportPage(result).tables.front().columns.back().heading, "folds without it");
   }
 }
 
