@@ -18,6 +18,7 @@
 #include "cli/outputs.h"
 #include "cli/run.h"
 #include "cli/terminal.h"
+#include "report/report_scripts.h"
 
 namespace studystats::cli {
 namespace {
@@ -34,10 +35,15 @@ int say(std::string_view text) {
   return kDone;
 }
 
+std::string versionText() {
+  const std::string pages = whyNoReport().empty() ? "yes" : "no, because " + whyNoReport();
+  return fmt::format("studystats {}\n{}\nreport pages: {}\n", version(), buildInfo(), pages);
+}
+
 // Options of `studystats` itself, before any command.
 int runGlobal(const std::string& option) {
   if (option == "--help" || option == "-h") return say(generalHelp());
-  if (option == "--version") return say(fmt::format("studystats {}\n{}\n", version(), buildInfo()));
+  if (option == "--version") return say(versionText());
   if (option == "--man") return say(manPage());
   const std::string name = option.substr(0, option.find('='));
   if (findOption(name) != nullptr)

@@ -41,7 +41,7 @@ TEST(Command, SaysWhatItIs) {
       {{}, 2, {}, {"usage: studystats COMMAND TABLE", "pca TABLE", "--help"}},
       {{"--help"}, 0, {"describe TABLE", "Examples", "Exit status"}, {}},
       {{"-h"}, 0, {"usage: studystats"}, {}},
-      {{"--version"}, 0, {"studystats 0."}, {}},
+      {{"--version"}, 0, {"studystats 0.", "report pages: "}, {}},
       {{"pca", "--help"}, 0, {"usage: studystats pca TABLE", "--components K", "[default autoscale]"}, {}},
       {{"pca", "--help", "--nosuch"}, 0, {"usage: studystats pca"}, {}},
       {{"describe", "-h"}, 0, {"usage: studystats describe TABLE"}, {}},
