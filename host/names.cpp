@@ -1,6 +1,8 @@
 // Finding columns by name, and the name that was perhaps meant.
 #include "host/names.h"
 
+#include "host/text.h"
+
 #include <fmt/format.h>
 #include <fnmatch.h>
 
@@ -73,7 +75,9 @@ std::string didYouMean(const std::string& nearest) {
 }
 
 std::string noSuchColumn(const TableView& table, std::string_view name, const std::string& nearest) {
-  return fmt::format("{} has no column \"{}\".{}", table.name(), name, didYouMean(nearest));
+  const std::string hint =
+      nearest.empty() ? fmt::format(" Its columns are {}.", listed(namesOf(table), 8)) : didYouMean(nearest);
+  return fmt::format("{} has no column \"{}\".{}", table.name(), name, hint);
 }
 
 // The columns of one table under the patterns of one option.

@@ -39,6 +39,7 @@ TEST(MlrCommand, RefusesInOneSentence) {
   expectRefusals({
       {{"mlr", blood}, 2, "--response"},
       {{"mlr", blood, "--response", "logBB"}, 2, "has no column \"logBB\". Did you mean \"logBBB\"?"},
+      {{"mlr", example("cement.csv"), "--response", "nosuch"}, 2, "Its columns are mix, x1, x2, x3, x4, y."},
       {{"mlr", "assay.csv", "--response", "pIC50"}, 2, "line 3, column 4, \"<4.0\""},
       {{"mlr", blood, "--response", "logBBB", "--folds", "1"}, 2, "try --folds 7 or --folds loo."},
       {{"mlr", blood, "--response", "logBBB", "--folds", "random:10"}, 2, "--folds"},
