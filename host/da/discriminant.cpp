@@ -229,6 +229,10 @@ void addHeldOut(DiscriminantRow& row, const std::vector<HeldOut::Prediction>& pr
   const auto most = std::max_element(votes.begin(), votes.end()) - votes.begin();
   row.heldOutClass = names[static_cast<std::size_t>(most)];
   if (predictions.size() == 1) row.fold = predictions.front().fold;
+  row.heldOutDistances.assign(names.size(), 0.0);
+  for (const HeldOut::Prediction& prediction : predictions)
+    for (std::size_t c = 0; c < names.size(); ++c)
+      row.heldOutDistances[c] += prediction.distances[c] / static_cast<double>(predictions.size());
 }
 
 void placeRows(Discriminant& result, const PreparedDiscriminant& prepared, const Placement& placement,

@@ -5,6 +5,8 @@
 
 #include <fmt/format.h>
 
+#include <limits>
+
 namespace studystats {
 namespace {
 
@@ -71,6 +73,7 @@ Json jsonRow(const DiscriminantRow& row) {
           {"posteriors", jsonNumbers(row.posteriors)},
           {"scores", jsonNumbers(row.scores)},
           {"held_out_class", orNull(row.heldOutClass)},
+          {"held_out_distances", row.heldOutDistances.empty() ? Json(nullptr) : jsonNumbers(row.heldOutDistances)},
           {"times_held_out", row.timesHeldOut},
           {"fold", row.fold == 0 ? Json(nullptr) : Json(row.fold)}};
 }
@@ -204,10 +207,11 @@ std::string rowsAsCsv(const Discriminant& result) {
   CsvText csv;
   std::vector<std::string> heading{"name", "role",           "known",          "predicted",
                                    "next", "held_out_class", "times_held_out", "fold"};
-  for (const char* figure : {"distance_", "posterior_"})
+  for (const char* figure : {"held_out_distance_", "distance_", "posterior_"})
     for (const DiscriminantClass& entry : result.classes) heading.push_back(figure + entry.name);
   for (std::size_t k = 0; k < result.functions.size(); ++k) heading.push_back(fmt::format("score_{}", k + 1));
   csv.row(heading);
+  const std::vector<double> absent(result.classes.size(), std::numeric_limits<double>::quiet_NaN());  // empty cells
   for (const DiscriminantRow& row : result.rows) {
     std::vector<std::string> cells{row.name,
                                    nameOf(row.role),
@@ -217,7 +221,8 @@ std::string rowsAsCsv(const Discriminant& result) {
                                    row.heldOutClass,
                                    row.timesHeldOut == 0 ? std::string() : std::to_string(row.timesHeldOut),
                                    row.fold == 0 ? std::string() : std::to_string(row.fold)};
-    for (const auto* figures : {&row.distances, &row.posteriors, &row.scores})
+    const std::vector<double> heldOut = row.heldOutDistances.empty() ? absent : row.heldOutDistances;
+    for (const auto* figures : {&heldOut, &row.distances, &row.posteriors, &row.scores})
       for (const double figure : *figures) cells.push_back(exact(figure));
     csv.row(cells);
   }

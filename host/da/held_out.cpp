@@ -122,6 +122,8 @@ std::optional<HeldOut> heldOutRows(const PreparedDiscriminant& prepared, const D
     std::vector<HeldOut::Prediction> predictions = replay.run(fold);
     for (std::size_t i = 0; i < predictions.size(); ++i) {
       predictions[i].fold = f + 1;
+      for (std::size_t c = 0; c < classes; ++c)  // a class without rows has no mean
+        if (!trained[c]) predictions[i].distances[c] = std::numeric_limits<double>::quiet_NaN();
       heldOut.rows[fold.heldOut[i]].push_back(std::move(predictions[i]));
     }
   }

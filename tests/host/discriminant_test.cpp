@@ -117,7 +117,7 @@ TEST(Discriminant, FindsTheCanonicalProblemOfTheAnalysisAgain) {
 // With one descriptor the definition is short enough to be written out.
 TEST(Discriminant, WithOneDescriptorScalesItsDistances) {
   const Table table = example("iris.csv");
-  DiscriminantOptions options = ofClass("Species");
+  DiscriminantOptions options = ofClass("Species", Folds::leaveOneOut());
   options.data.columns = {"Petal.Width"};
   const Discriminant result = discriminate(table, options);
   const std::vector<double>& x = table.find("Petal.Width")->numbers;
@@ -129,6 +129,16 @@ TEST(Discriminant, WithOneDescriptorScalesItsDistances) {
   EXPECT_NEAR(result.functions[0].eigenvalue, between / within, 1e-9);
   EXPECT_NEAR(result.rows[7].distances[2], std::abs(x[7] - mean[2]) / std::sqrt(within / 147), 1e-10);
   EXPECT_NE(remarkOf(result, "one-descriptor"), nullptr);
+
+  // Without row 83, which is of the second class.
+  double others = 0, left = 0;
+  for (std::size_t i = 50; i < 100; ++i) others += i == 83 ? 0 : x[i] / 49;
+  for (std::size_t i = 0; i < 150; ++i) left += i == 83 ? 0 : std::pow(x[i] - (i / 50 == 1 ? others : mean[i / 50]), 2);
+  const double sd = std::sqrt(left / 146);
+  ASSERT_EQ(result.rows[83].heldOutDistances.size(), 3u);
+  EXPECT_NEAR(result.rows[83].heldOutDistances[0], std::abs(x[83] - mean[0]) / sd, 1e-6);
+  EXPECT_NEAR(result.rows[83].heldOutDistances[1], std::abs(x[83] - others) / sd, 1e-6);
+  EXPECT_NEAR(result.rows[83].heldOutDistances[2], std::abs(x[83] - mean[2]) / sd, 1e-6);
 }
 
 Table withoutClasses(Table table, const std::vector<std::size_t>& rows) {
@@ -173,7 +183,11 @@ void expectRowsToMakeTheConfusion(const Discriminant& result) {
   std::size_t held = 0;
   for (const DiscriminantRow& row : result.rows) {
     held += row.timesHeldOut;
-    if (row.timesHeldOut > 0 && row.heldOutClass == row.known) ++right[row.known];
+    if (row.timesHeldOut == 0) continue;
+    if (row.heldOutClass == row.known) ++right[row.known];
+    const auto nearest = std::min_element(row.heldOutDistances.begin(), row.heldOutDistances.end());
+    const auto number = static_cast<std::size_t>(nearest - row.heldOutDistances.begin());
+    EXPECT_EQ(row.heldOutClass, result.classes[number].name) << row.name;
   }
   for (const DiscriminantClass& entry : result.classes) EXPECT_EQ(right[entry.name], entry.heldOutCorrect);
   EXPECT_EQ(result.validation->confusion.total(), held);

@@ -95,6 +95,8 @@ struct DiscriminantRow {
   std::vector<double> scores;      // canonical
   std::string heldOutClass;        // predicted while held out; empty for rows never held out. Held out several times:
                                    // the class most often predicted
+  std::vector<double> heldOutDistances;  // to every class mean of the fold's own classifier, to seven figures; held out
+                                         // several times: their mean. Not-a-number where a fold trained on none of it
   std::size_t timesHeldOut = 0;
   std::size_t fold = 0;  // from 1, when held out once
 };
