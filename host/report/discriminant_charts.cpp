@@ -189,7 +189,8 @@ ReportFigure distances(const Discriminant& result) {
                   result.rows.size()),
       "Below the line a row lies nearer to another class. Rows without a class are shown for the one they are put "
       "into. "
-      "Distances are those of the final classifier.",
+      "Distances of rows left out are those of the folds that had not seen them, of others those of the final "
+      "classifier.",
       finished(layered("rows", 320, Json::array({std::move(equal), std::move(marks)})))};
 }
 

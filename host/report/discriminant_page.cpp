@@ -61,12 +61,17 @@ ReportFrame frameOf(const Discriminant& result) {
   return frame;
 }
 
+// While it was held out, where that is known.
+const std::vector<double>& shownDistances(const DiscriminantRow& row) {
+  return row.heldOutDistances.empty() ? row.distances : row.heldOutDistances;
+}
+
 // The least distance to the mean of another class.
 double otherDistance(const Discriminant& result, const DiscriminantRow& row) {
   const std::size_t own = classNumber(result, row.known.empty() ? row.predicted : row.known);
   double least = std::numeric_limits<double>::infinity();
-  for (std::size_t c = 0; c < row.distances.size(); ++c)
-    if (c != own) least = std::min(least, row.distances[c]);
+  for (std::size_t c = 0; c < shownDistances(row).size(); ++c)
+    if (c != own) least = std::min(least, shownDistances(row)[c]);
   return least;
 }
 
@@ -275,7 +280,8 @@ std::string verdictOf(const DiscriminantRow& row) {
 
 double ownDistance(const Discriminant& result, const DiscriminantRow& row) {
   const std::size_t own = classNumber(result, row.known.empty() ? row.predicted : row.known);
-  return own < row.distances.size() ? row.distances[own] : std::numeric_limits<double>::quiet_NaN();
+  const std::vector<double>& distances = shownDistances(row);
+  return own < distances.size() ? distances[own] : std::numeric_limits<double>::quiet_NaN();
 }
 
 ReportPage reportPage(const Discriminant& result, const ReportContext& context) {
