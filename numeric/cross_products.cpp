@@ -46,7 +46,7 @@ void addProducts(const Deviations& left, int nLeft, const Deviations& right, int
 
 // The lower triangle of c, a block of variables at a time. Every sum still runs from the first sample to the last, so
 // the blocking changes the speed and not one bit of the result.
-void addCrossProducts(ConstMatrix x, std::int32_t n, std::int32_t p, const double* means, Matrix c) {
+void addCrossProducts(ConstMatrix x, std::int32_t n, std::int32_t p, const double* means, Matrix c, Pace& pace) {
   Deviations left, right;
   for (int k = 0; k < p; k += kVariables)
     for (int j = k; j < p; j += kVariables)
@@ -60,6 +60,7 @@ void addCrossProducts(ConstMatrix x, std::int32_t n, std::int32_t p, const doubl
           right.take(x.block(i, j), samples, nRight, means + j);
           addProducts(left, nLeft, right, nRight, 0, c.block(j, k));
         }
+        if (!pace.goOn(std::int64_t{2 * kSamples} * nLeft * nRight)) return;
       }
 }
 
@@ -96,15 +97,17 @@ void columnSquares(ConstMatrix x, std::int32_t n, std::int32_t p, const double* 
 
 void CrsPrd(const double* x, const std::int32_t* ldx, const std::int32_t* ldc, const std::int32_t* nRows,
             const std::int32_t* nCols, double* c, double* means) {
-  const ConstMatrix data{x, *ldx};
-  const Matrix products{c, *ldc};
-  const std::int32_t n = std::max(*nRows, 0), p = *nCols;
+  Pace unasked;
+  crossProducts({x, *ldx}, std::max(*nRows, 0), *nCols, {c, *ldc}, means, unasked);
+}
 
-  columnMeans(data, n, p, means);
-  for (int j = 0; j < p; ++j) std::fill_n(products.column(j), p, 0.0);
-  addCrossProducts(data, n, p, means, products);
-  for (int j = 0; j < p; ++j)
-    for (int k = 0; k < j; ++k) products(k, j) = products(j, k);
+bool crossProducts(ConstMatrix x, std::int32_t n, std::int32_t p, Matrix c, double* means, Pace& pace) {
+  columnMeans(x, n, p, means);
+  for (int j = 0; j < p; ++j) std::fill_n(c.column(j), p, 0.0);
+  addCrossProducts(x, n, p, means, c, pace);
+  for (int j = 0; j < p && pace.goOn(j); ++j)
+    for (int k = 0; k < j; ++k) c(k, j) = c(j, k);
+  return !pace.stopped();
 }
 
 }  // namespace studystats::core

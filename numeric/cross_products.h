@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "numeric/matrix_view.h"
+#include "numeric/pace.h"
 
 namespace studystats::core {
 
@@ -20,6 +21,9 @@ namespace studystats::core {
 // No rows (or fewer): the means are not numbers, c is 0. No columns: nothing is written. Allocates nothing.
 void CrsPrd(const double* x, const std::int32_t* ldx, const std::int32_t* ldc, const std::int32_t* nRows,
             const std::int32_t* nCols, double* c, double* means);
+
+// The same, asking through pace whether to go on; false: stopped, and c and means are without meaning.
+bool crossProducts(ConstMatrix x, std::int32_t n, std::int32_t p, Matrix c, double* means, Pace& pace);
 
 // means(j) = (sum over i of x(i, j)) / n. n = 0: not a number.
 void columnMeans(ConstMatrix x, std::int32_t n, std::int32_t p, double* means);

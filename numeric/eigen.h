@@ -11,6 +11,9 @@
 
 #include <cstdint>
 
+#include "numeric/matrix_view.h"
+#include "numeric/pace.h"
+
 namespace studystats::core {
 
 // All eigenvalues, and on request all eigenvectors, of the symmetric matrix whose lower triangle is in a (n x n).
@@ -25,6 +28,10 @@ namespace studystats::core {
 void EigSym(const std::int32_t* nm, const std::int32_t* n, double* a, double* w, const std::int32_t* wantVectors,
             double* z, double* work1, double* work2, std::int32_t* ierr);
 
+// EigSym with eigenvectors, of a and z with n rows declared, asking through pace whether to go on. 0, l as above, or
+// kStopped: w and z are then without meaning.
+std::int32_t eigenSystem(const double* a, std::int32_t n, double* w, double* z, double* work1, Pace& pace);
+
 // Reduction of the lower triangle of a to a tridiagonal matrix: diagonal d, subdiagonal e(2...n) with e(1) = 0, its
 // squares e2. The strict lower triangle of a receives the Householder vectors; the rest of a is not changed.
 void Tred1(const std::int32_t* nm, const std::int32_t* n, double* a, double* d, double* e, double* e2);
@@ -32,6 +39,7 @@ void Tred1(const std::int32_t* nm, const std::int32_t* n, double* a, double* d, 
 // The same with the orthogonal transformation accumulated in z. Only the lower triangle of a is read; a is not changed
 // unless it is z.
 void Tred2(const std::int32_t* nm, const std::int32_t* n, const double* a, double* d, double* e, double* z);
+void reduceWithVectors(ConstMatrix a, std::int32_t n, double* d, double* e, Matrix z, Pace& pace);
 
 // Eigenvalues of a tridiagonal matrix, ascending in d. e(2...n) is its subdiagonal and is destroyed.
 // ierr: 0; l when eigenvalue l needs more than 30 iterations (d(1...l-1) are right, though not the smallest).
@@ -40,6 +48,7 @@ void Tql1(const std::int32_t* n, double* d, double* e, std::int32_t* ierr);
 // The same, with the rotations applied to the columns of z (rows 1...n), which are sorted along with the eigenvalues.
 // ierr as above; d and z are then not sorted.
 void Tql2(const std::int32_t* nm, const std::int32_t* n, double* d, double* e, double* z, std::int32_t* ierr);
+std::int32_t iterateWithVectors(std::int32_t n, double* d, double* e, Matrix z, Pace& pace);  // or kStopped
 
 // sqrt(a^2 + b^2) without needless overflow or underflow, by the iteration of Moler & Morrison (1983), IBM Journal of
 // Research and Development 27, 577-581. Not-a-number for a not-a-number and for two infinities.

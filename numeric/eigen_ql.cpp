@@ -116,8 +116,8 @@ struct Tridiagonal {
 };
 
 // Selection sort, ascending; the first of equal values wins.
-void sortWithVectors(double* d, Matrix z, int n) {
-  for (int i = 0; i < n - 1; ++i) {
+void sortWithVectors(double* d, Matrix z, int n, Pace& pace) {
+  for (int i = 0; i < n - 1 && pace.goOn(n); ++i) {
     const int k = static_cast<int>(std::min_element(d + i, d + n) - d);
     if (k == i) continue;
     std::swap(d[i], d[k]);
@@ -146,15 +146,21 @@ void Tql1(const std::int32_t* n, double* d, double* e, std::int32_t* ierr) {
   }
 }
 
-void Tql2(const std::int32_t* nm, const std::int32_t* n, double* d, double* e, double* z, std::int32_t* ierr) {
-  *ierr = kDone;
-  if (*n <= 1) return;
-  Tridiagonal matrix(*n, d, e);
-  ColumnRotations rotations({z, *nm}, *n);
-  for (int l = 0; l < *n && *ierr == kDone; ++l)
-    if (!matrix.isolate(l, [&](int i, double c, double s) { rotations.add(i, c, s); })) *ierr = l + 1;
+std::int32_t iterateWithVectors(std::int32_t n, double* d, double* e, Matrix z, Pace& pace) {
+  if (n <= 1 || pace.stopped()) return pace.stopped() ? kStopped : kDone;
+  std::int32_t status = kDone;
+  Tridiagonal matrix(n, d, e);
+  ColumnRotations rotations(z, n, pace);
+  for (int l = 0; l < n && status == kDone && !pace.stopped(); ++l)
+    if (!matrix.isolate(l, [&](int i, double c, double s) { rotations.add(i, c, s); })) status = l + 1;
   rotations.apply();
-  if (*ierr == kDone) sortWithVectors(d, {z, *nm}, *n);
+  if (status == kDone) sortWithVectors(d, z, n, pace);
+  return pace.stopped() ? kStopped : status;
+}
+
+void Tql2(const std::int32_t* nm, const std::int32_t* n, double* d, double* e, double* z, std::int32_t* ierr) {
+  Pace unasked;
+  *ierr = iterateWithVectors(*n, d, e, {z, *nm}, unasked);
 }
 
 }  // namespace studystats::core

@@ -62,7 +62,7 @@ void ColumnRotations::add(int i, double c, double s) {
 }
 
 void ColumnRotations::apply() {
-  for (int row = 0; row < nRows_; row += kRows)
+  for (int row = 0; row < nRows_ && pace_.goOn(6 * kRows * std::int64_t{nRotations_}); row += kRows)
     for (const Run* run = runs_; run < runs_ + nRuns_; ++run)
       rotateRows(&z_(row, run->first + 1), z_.ld, std::min(kRows, nRows_ - row), c_ + run->begin, s_ + run->begin,
                  run->end - run->begin);

@@ -6,13 +6,14 @@
 #pragma once
 
 #include "numeric/matrix_view.h"
+#include "numeric/pace.h"
 
 namespace studystats::core {
 
 class ColumnRotations {
  public:
-  // Of the first nRows rows of z.
-  ColumnRotations(Matrix z, int nRows) : z_(z), nRows_(nRows) {}
+  // Of the first nRows rows of z. Once pace has stopped nothing more is applied.
+  ColumnRotations(Matrix z, int nRows, Pace& pace) : z_(z), nRows_(nRows), pace_(pace) {}
 
   // Columns i and i + 1, counted from 0: new z(i) = c z(i) - s z(i+1), new z(i+1) = s z(i) + c z(i+1).
   void add(int i, double c, double s);
@@ -31,6 +32,7 @@ class ColumnRotations {
 
   Matrix z_;
   int nRows_;
+  Pace& pace_;
   int nRotations_ = 0, nRuns_ = 0;
   Run runs_[kMostRuns];
   double c_[kMostRotations], s_[kMostRotations];

@@ -66,12 +66,11 @@ inline void updateAndAddFour(Matrix z, int c, int first, int last, const double*
   }
 }
 
-// Updates the leading block of order l and forms p = A next from it, in one pass.
+// Updates columns first to last - 1 of the leading block of order l and adds their share of p = A next, in one pass.
 STUDYSTATS_MULTIVERSION
-void updateAndMultiply(Matrix z, int l, Update update, const double* next, double* p) {
-  std::fill_n(p, l, 0.0);
-  int c = 0;
-  for (; c + kColumns <= l; c += kColumns) {
+void updateAndMultiply(Matrix z, int first, int last, int l, Update update, const double* next, double* p) {
+  int c = first;
+  for (; c + kColumns <= last; c += kColumns) {
     const int end = c + kColumns;
     // Above the diagonal an element is its mirror image's: the row's u comes first, then the row's q.
     updateAndAddFour(z, c, 0, c, update.q, update.u, next, p);
@@ -84,14 +83,14 @@ void updateAndMultiply(Matrix z, int l, Update update, const double* next, doubl
     }
     updateAndAddFour(z, c, end, l, update.u, update.q, next, p);
   }
-  for (; c < l; ++c) updateAndAdd(z.column(c), c, l, update, next[c], p);
+  for (; c < last; ++c) updateAndAdd(z.column(c), c, l, update, next[c], p);
 }
 
 // z receives the lower triangle of a and its mirror image.
-void takeBothTriangles(ConstMatrix a, Matrix z, int n) {
+void takeBothTriangles(ConstMatrix a, Matrix z, int n, Pace& pace) {
   for (int j = 0; j < n; ++j)
     for (int i = j; i < n; ++i) z(i, j) = a(i, j);
-  for (int i0 = 0; i0 < n; i0 += kTile)
+  for (int i0 = 0; i0 < n && pace.goOn(kTile * std::int64_t{n}); i0 += kTile)
     for (int j0 = 0; j0 <= i0; j0 += kTile)
       for (int i = i0; i < std::min(i0 + kTile, n); ++i)
         for (int j = j0; j < std::min(j0 + kTile, i); ++j) z(j, i) = z(i, j);
@@ -101,7 +100,7 @@ void takeBothTriangles(ConstMatrix a, Matrix z, int n) {
 // tridiagonal matrix in the diagonal of z and in e.
 //
 // d and e take turns: below index i one holds the q of the update to be done, the other receives the next product.
-void reduce(Matrix z, int n, double* d, double* e) {
+void reduce(Matrix z, int n, double* d, double* e, Pace& pace) {
   std::fill_n(e, n, 0.0);
   Update update{e, e};  // nothing to be done: subtracting products of zeros changes no bit
   double* q = e;
@@ -116,7 +115,9 @@ void reduce(Matrix z, int n, double* d, double* e) {
     const bool reflects = r.scale != 0.0;
     if (!reflects) std::fill_n(u, l, 0.0);
 
-    updateAndMultiply(z, l, update, u, p);
+    std::fill_n(p, l, 0.0);
+    const auto columns = [&](int first, int last) { updateAndMultiply(z, first, last, l, update, u, p); };
+    if (!pace.inParts(l, 6 * std::int64_t{l}, kColumns, columns)) return;
     if (reflects)
       makeUpdateVector(p, u, r.h, l);
     else
@@ -154,7 +155,7 @@ void reflectRows(Matrix t, int rows, int l, const double* u, const double* v) {
 
 // Accumulates the reflections, first to last, in the transposed leading block of z, which grows by one row and column
 // a reflection. The diagonal of the tridiagonal matrix moves to the last row of z, where d collects it.
-void accumulateTransposed(Matrix z, int n, double* d) {
+void accumulateTransposed(Matrix z, int n, double* d, Pace& pace) {
   const int last = n - 1;
   for (int j = 0; j < last; ++j) std::fill(z.column(j) + j + 1, z.column(j) + n, 0.0);
   for (int i = 1; i < n; ++i) {
@@ -165,7 +166,10 @@ void accumulateTransposed(Matrix z, int n, double* d) {
     const double h = d[i];
     if (h != 0.0) {
       for (int k = 0; k < l; ++k) d[k] = u[k] / h;
-      for (int r = 0; r < l; r += kRows) reflectRows(z.block(r, 0), std::min(kRows, l - r), l, u, d);
+      for (int r = 0; r < l; r += kRows) {
+        reflectRows(z.block(r, 0), std::min(kRows, l - r), l, u, d);
+        if (!pace.goOn(4 * kRows * std::int64_t{l})) return;
+      }
     }
     std::fill_n(u, l, 0.0);
   }
@@ -176,8 +180,8 @@ void accumulateTransposed(Matrix z, int n, double* d) {
   z(last, last) = 1.0;
 }
 
-void transpose(Matrix z, int n) {
-  for (int i0 = 0; i0 < n; i0 += kTile)
+void transpose(Matrix z, int n, Pace& pace) {
+  for (int i0 = 0; i0 < n && pace.goOn(kTile * std::int64_t{n}); i0 += kTile)
     for (int j0 = 0; j0 <= i0; j0 += kTile)
       for (int i = i0; i < std::min(i0 + kTile, n); ++i)
         for (int j = j0; j < std::min(j0 + kTile, i); ++j) std::swap(z(i, j), z(j, i));
@@ -185,13 +189,16 @@ void transpose(Matrix z, int n) {
 
 }  // namespace
 
+void reduceWithVectors(ConstMatrix a, std::int32_t n, double* d, double* e, Matrix z, Pace& pace) {
+  takeBothTriangles(a, z, n, pace);
+  if (!pace.stopped()) reduce(z, n, d, e, pace);
+  if (!pace.stopped()) accumulateTransposed(z, n, d, pace);
+  if (!pace.stopped()) transpose(z, n, pace);
+}
+
 void Tred2(const std::int32_t* nm, const std::int32_t* n, const double* a, double* d, double* e, double* z) {
-  if (*n < 1) return;
-  const Matrix transformation{z, *nm};
-  takeBothTriangles({a, *nm}, transformation, *n);
-  reduce(transformation, *n, d, e);
-  accumulateTransposed(transformation, *n, d);
-  transpose(transformation, *n);
+  Pace unasked;
+  if (*n >= 1) reduceWithVectors({a, *nm}, *n, d, e, {z, *nm}, unasked);
 }
 
 }  // namespace studystats::core

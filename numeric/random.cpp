@@ -1,9 +1,14 @@
-// Knuth's subtractive generator, integer version, single-precision result.
-#include "numeric/random.h"
-
+// Knuth's subtractive generator, a lagged Fibonacci sequence over 55 integers modulo 10^9, integer version with a
+// single-precision result; and the one generator that the process shares, from which Nmrand draws unguarded.
+//
+// All arithmetic wraps at 32 bits and remainders keep the sign of the dividend, so a seed whose magnitude exceeds
+// 161803398 starts the table with a negative entry, and numbers below 0 or above 1 can follow.
 #include <studystats/analyses.h>
+#include <studystats/engine/folds.h>
 
-namespace studystats::core {
+#include <optional>
+
+namespace studystats::engine {
 namespace {
 
 constexpr std::int32_t kModulus = 1000000000;
@@ -13,8 +18,6 @@ constexpr int kLag = 31;
 constexpr int kSpread = 21;
 constexpr int kWarmingPasses = 4;
 constexpr float kScale = 1.0e-9F;
-
-SubtractiveGenerator generator;
 
 // a - b, wrapping at 32 bits.
 std::int32_t minus(std::int32_t a, std::int32_t b) {
@@ -29,8 +32,7 @@ std::int32_t difference(std::int32_t a, std::int32_t b) {
 
 }  // namespace
 
-void SubtractiveGenerator::seed(std::int32_t seed) {
-  seeded_ = true;
+void Generator::start(std::int32_t seed) {
   const std::int32_t magnitude = seed < 0 ? minus(0, seed) : seed;
   std::int32_t mj = minus(kSeedConstant, magnitude) % kModulus;
   table_[kLength] = mj;
@@ -47,24 +49,27 @@ void SubtractiveGenerator::seed(std::int32_t seed) {
   nextLag_ = kLag;
 }
 
-std::int32_t SubtractiveGenerator::draw() {
+float Generator::operator()() {
   if (++next_ > kLength) next_ = 1;
   if (++nextLag_ > kLength) nextLag_ = 1;
-  return table_[next_] = difference(table_[next_], table_[nextLag_]);
+  table_[next_] = difference(table_[next_], table_[nextLag_]);
+  return static_cast<float>(table_[next_]) * kScale;  // 999999968 and above give exactly 1
 }
 
-float unitNumber(std::int32_t tableValue) { return static_cast<float>(tableValue) * kScale; }
+}  // namespace studystats::engine
 
-}  // namespace studystats::core
+namespace {
 
-using studystats::core::generator;
+std::optional<studystats::engine::Generator> shared;  // none: not seeded
+
+}  // namespace
 
 float Nmrand(std::int32_t seed) {
-  if (seed < 0 || !generator.seeded()) generator.seed(seed);
-  return studystats::core::unitNumber(generator.draw());
+  if (seed < 0 || !shared) shared.emplace(seed);
+  return (*shared)();
 }
 
 std::int32_t Nmrrst() {
-  generator.forgetSeed();
+  shared.reset();
   return 0;
 }

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <limits>
 
+#include "numeric/folds.h"
 #include "numeric/matrix_view.h"
 
 namespace studystats::core {
@@ -75,35 +76,6 @@ struct Subset {
   }
 };
 
-void trainOnOtherGroups(Subset& subset, const std::int32_t* order, std::int32_t* heldOut, const std::int32_t* usable,
-                        std::int32_t group) {
-  const std::int32_t folds = std::max(cvFolds, 1);
-  for (std::int32_t i = 0; i < subset.n; ++i) {
-    const bool namesRow = order[i] >= 1 && order[i] <= subset.n;
-    if (usable[i] == 1 && i % folds + 1 != group && namesRow) heldOut[order[i] - 1] = 0;
-  }
-  subset.appendMarked(heldOut, 0);
-}
-
-void trainOnDrawnRows(Subset& subset, std::int32_t* heldOut, const std::int32_t* usable) {
-  const std::int32_t n = subset.n;
-  const auto nUsable = n - std::count(usable, usable + n, 0);
-  const auto wanted = std::min<std::int64_t>(std::int64_t{n} - cvLeaveOut, nUsable);
-  // With one row left a draw finds it once in n: 64 n failures happen by chance once in e^64. A seed of large magnitude
-  // may begin with some hundred draws outside the rows.
-  const std::int64_t patience = 64 * std::int64_t{n} + 4096;
-  for (std::int64_t failures = 0; subset.count < wanted && failures < patience;) {
-    const auto row = static_cast<std::int64_t>(Nmrand(0) * static_cast<float>(n));
-    if (row < 0 || row >= n || heldOut[row] == 0 || usable[row] == 0) {
-      ++failures;
-      continue;
-    }
-    heldOut[row] = 0;
-    subset.append(static_cast<std::int32_t>(row));
-    failures = 0;
-  }
-}
-
 }  // namespace
 
 ValidationPlan planValidation(const ValidationSettings& settings, std::int32_t n) {
@@ -136,10 +108,14 @@ void VldTrn(const double* source, const std::int32_t* sourceTags, double* subset
   Subset training{source, sourceTags, subset, subsetTags, std::max(*n, 0), *m};
   training.clear();
   std::fill_n(heldOut, training.n, 1);
-  if (cvMethod == kSystematicGroups)
-    trainOnOtherGroups(training, order, heldOut, usable, *group);
-  else
-    trainOnDrawnRows(training, heldOut, usable);
+  if (cvMethod == kSystematicGroups) {
+    markOtherGroups(order, usable, training.n, std::max(cvFolds, 1), *group - 1, heldOut);
+    training.appendMarked(heldOut, 0);
+  } else {
+    drawTraining(
+        training.n, cvLeaveOut, usable, heldOut, [] { return Nmrand(0); },
+        [&](std::int32_t row) { training.append(row); });
+  }
   *count = training.count;
 }
 

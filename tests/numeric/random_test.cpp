@@ -1,7 +1,6 @@
-#include "numeric/random.h"
-
 #include <gtest/gtest.h>
 #include <studystats/analyses.h>
+#include <studystats/engine/folds.h>
 
 #include <cstdint>
 #include <limits>
@@ -11,6 +10,9 @@
 
 namespace studystats {
 namespace {
+
+// A table value as a number in [0, 1], in 32-bit arithmetic.
+float number(std::int32_t tableValue) { return static_cast<float>(tableValue) * 1.0e-9F; }
 
 // The values are stated with the generator's definition.
 TEST(Random, GivesThePublishedSequence) {
@@ -28,14 +30,21 @@ TEST(Random, GivesThePublishedSequence) {
   for (const Row& row : rows) {
     EXPECT_EQ(Nmrrst(), 0);
     for (std::size_t i = 0; i < row.seeds.size(); ++i)
-      EXPECT_EQ(Nmrand(row.seeds[i]), core::unitNumber(row.values[i])) << "draw " << i << ", seed " << row.seeds[i];
+      EXPECT_EQ(Nmrand(row.seeds[i]), number(row.values[i])) << "draw " << i << ", seed " << row.seeds[i];
   }
 }
 
-TEST(Random, RoundsTableValuesToNumbers) {
-  EXPECT_EQ(core::unitNumber(533923850), 0.53392380F);
-  EXPECT_EQ(core::unitNumber(999999967), 0.99999988F);
-  EXPECT_EQ(core::unitNumber(999999968), 1.0F);
+TEST(Random, KeepsGeneratorsOfTheirOwnApart) {
+  Nmrrst();
+  Nmrand(5);
+  engine::Generator one(-1), two(0);
+  EXPECT_EQ(one(), number(298227348));
+  EXPECT_EQ(two(), number(533923850));
+  EXPECT_EQ(one(), number(715119168));
+  const float next = Nmrand(0);
+  Nmrrst();
+  Nmrand(5);
+  EXPECT_EQ(Nmrand(0), next);
 }
 
 TEST(Random, WrapsForSeedsOfAnyMagnitude) {
