@@ -131,27 +131,4 @@ std::int32_t crossValidate(const PlsValidation& v, double* work, const PlsModel&
   return kDone;
 }
 
-void PlsCvl(const double* data, const std::int32_t* /*rowTags*/, double* work, std::int32_t* /*workTags*/,
-            std::int32_t* rowOrder, const std::int32_t* rowUse, const std::int32_t* nRows, const std::int32_t* /*m*/,
-            const std::int32_t* nResponses, const std::int32_t* nDescriptors, const std::int32_t* nComputed,
-            const std::int32_t* nComponents, const double* /*scales*/, const double* /*means*/,
-            const std::int32_t* /*scaled*/, double* press, double* coefErrors, double* /*sampleWork*/,
-            double* foldCoefs, double* weights, double* loadings, double* respWeights, double* inner, double* s1,
-            double* s2, std::int32_t* status, ProgressMonitor* const* monitor, std::int32_t* continueFlag) {
-  *continueFlag = 1;
-  *status = kSingular;
-  const std::int32_t n = std::max(*nRows, 0), p = std::max(*nDescriptors, 0), q = std::max(*nResponses, 0);
-  const std::int32_t nModel = std::max(*nComponents, 0), nUsed = std::clamp(*nComputed, 0, nModel);
-  PlsFoldScratch scratch(n, p, q, nModel);
-  Scratch<double> scoreSquares(nModel);
-  if (!obtained(scratch, scoreSquares)) {
-    *status = kNoScratch;
-    return;
-  }
-  const PlsModel model{p, q, nModel, {weights, p}, {loadings, p}, {respWeights, nModel}, inner, scoreSquares.data()};
-  const PlsValidation validation{{data, n}, rowUse,          n,         p, q, nUsed, monitor, continueFlag,
-                                 rowOrder,  {press, nModel}, coefErrors};
-  *status = crossValidate(validation, work, model, foldCoefs, {s1, s2}, scratch);
-}
-
 }  // namespace studystats::core

@@ -1,10 +1,12 @@
-#include "analyses/pls/kernels.h"
-
+// The routines with by-address arguments: each wraps its addresses once and hands them to the method.
 #include <algorithm>
 #include <numeric>
 
 #include "analyses/pls/components.h"
+#include "analyses/pls/cross_validation.h"
+#include "analyses/pls/kernels.h"
 #include "analyses/pls/prediction.h"
+#include "analyses/pls/scratch.h"
 #include "analyses/pls/weighted_sums.h"
 #include "numeric/matrix_view.h"
 #include "numeric/scratch.h"
@@ -71,6 +73,29 @@ void PlsFit(double* data, const std::int32_t* nRows, const std::int32_t* /*m*/, 
     for (std::int32_t i = 0; i < n; ++i) left(i, j) = current.x.x(j, i);
   for (std::int32_t k = 0; k < q; ++k) std::copy_n(current.y.x.column(k), n, left.column(p + k));
   coefficients(model, {rotations.data(), p}, samples, coefs);
+}
+
+void PlsCvl(const double* data, const std::int32_t* /*rowTags*/, double* work, std::int32_t* /*workTags*/,
+            std::int32_t* rowOrder, const std::int32_t* rowUse, const std::int32_t* nRows, const std::int32_t* /*m*/,
+            const std::int32_t* nResponses, const std::int32_t* nDescriptors, const std::int32_t* nComputed,
+            const std::int32_t* nComponents, const double* /*scales*/, const double* /*means*/,
+            const std::int32_t* /*scaled*/, double* press, double* coefErrors, double* /*sampleWork*/,
+            double* foldCoefs, double* weights, double* loadings, double* respWeights, double* inner, double* s1,
+            double* s2, std::int32_t* status, ProgressMonitor* const* monitor, std::int32_t* continueFlag) {
+  *continueFlag = 1;
+  *status = kSingular;
+  const std::int32_t n = std::max(*nRows, 0), p = std::max(*nDescriptors, 0), q = std::max(*nResponses, 0);
+  const std::int32_t nModel = std::max(*nComponents, 0), nUsed = std::clamp(*nComputed, 0, nModel);
+  PlsFoldScratch scratch(n, p, q, nModel);
+  Scratch<double> scoreSquares(nModel);
+  if (!obtained(scratch, scoreSquares)) {
+    *status = kNoScratch;
+    return;
+  }
+  const PlsModel model{p, q, nModel, {weights, p}, {loadings, p}, {respWeights, nModel}, inner, scoreSquares.data()};
+  const PlsValidation validation{{data, n}, rowUse,          n,         p, q, nUsed, monitor, continueFlag,
+                                 rowOrder,  {press, nModel}, coefErrors};
+  *status = crossValidate(validation, work, model, foldCoefs, {s1, s2}, scratch);
 }
 
 }  // namespace studystats::core
