@@ -76,7 +76,7 @@ void PlsFit(double* data, const std::int32_t* nRows, const std::int32_t* /*m*/, 
 }
 
 void PlsCvl(const double* data, const std::int32_t* /*rowTags*/, double* work, std::int32_t* /*workTags*/,
-            std::int32_t* rowOrder, const std::int32_t* rowUse, const std::int32_t* nRows, const std::int32_t* /*m*/,
+            std::int32_t* rowOrder, const std::int32_t* rowUse, const std::int32_t* nRows, const std::int32_t* nColumns,
             const std::int32_t* nResponses, const std::int32_t* nDescriptors, const std::int32_t* nComputed,
             const std::int32_t* nComponents, const double* /*scales*/, const double* /*means*/,
             const std::int32_t* /*scaled*/, double* press, double* coefErrors, double* /*sampleWork*/,
@@ -93,8 +93,8 @@ void PlsCvl(const double* data, const std::int32_t* /*rowTags*/, double* work, s
     return;
   }
   const PlsModel model{p, q, nModel, {weights, p}, {loadings, p}, {respWeights, nModel}, inner, scoreSquares.data()};
-  const PlsValidation validation{{data, n}, rowUse,          n,         p, q, nUsed, monitor, continueFlag,
-                                 rowOrder,  {press, nModel}, coefErrors};
+  const PlsValidation validation{{data, n}, rowUse,       n,        *nColumns,       p,         q, nUsed,
+                                 monitor,   continueFlag, rowOrder, {press, nModel}, coefErrors};
   *status = crossValidate(validation, work, model, foldCoefs, {s1, s2}, scratch);
 }
 

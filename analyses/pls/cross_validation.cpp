@@ -15,15 +15,15 @@
 namespace studystats::core {
 namespace {
 
-// Lists the rows of the model, and makes the plan and the validation order over them. Equal responses keep the rows'
-// order, and so do all rows without responses. The number of rows of the model.
+// Lists the rows of the model, and makes the plan and the validation order over them; their number. Equal keys keep the
+// rows' order, and so do all rows where no column stands behind the descriptors.
 std::int32_t orderForValidation(const PlsValidation& v, PlsFoldScratch& s) {
   std::int32_t nModel = 0;
   for (std::int32_t i = 0; i < v.n; ++i)
     if (v.rowUse[i] == 1) s.modelRows[nModel++] = i + 1;
   VldPln(&nModel);
 
-  for (std::int32_t i = 0; i < nModel; ++i) s.key[i] = v.q < 1 ? 0.0 : v.data(s.modelRows[i] - 1, v.p);
+  for (std::int32_t i = 0; i < nModel; ++i) s.key[i] = v.m > v.p ? v.data(s.modelRows[i] - 1, v.p) : 0.0;
   std::iota(s.positions.data(), s.positions.data() + nModel, 1);
   orderRows(s.key.data(), s.positions.data(), nModel, s.order.data(), s.inverse.data(), s.sortBuffer.data());
   for (std::int32_t i = 0; i < nModel; ++i) v.rowOrder[i] = s.modelRows[s.order[i] - 1];
@@ -94,7 +94,7 @@ void predictHeldOut(const PlsValidation& v, const PlsModel& model, ConstMatrix h
 void standardErrors(const PlsValidation& v, const PlsModel& model, const PlsFoldSums& sums, std::int32_t nFolds,
                     double weight) {
   const std::ptrdiff_t perResponse = std::ptrdiff_t{v.p} * model.nComponents, used = std::ptrdiff_t{v.p} * v.nComputed;
-  const double shrink = static_cast<double>(nFolds - 1) / nFolds;
+  const double shrink = nFolds < 1 ? 0.0 : static_cast<double>(nFolds - 1) / nFolds;
   for (std::int32_t k = 0; k < v.q; ++k)
     for (std::ptrdiff_t e = k * perResponse; e < k * perResponse + used; ++e)
       v.coefErrors[e] = std::sqrt(sums.squares[e] * shrink * weight);

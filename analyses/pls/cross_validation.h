@@ -13,18 +13,19 @@
 namespace studystats::core {
 
 struct PlsValidation {
-  ConstMatrix data;            // n x (p + q): descriptors, then responses, centred as a whole
+  ConstMatrix data;            // n x m: descriptors, then responses, centred as a whole
   const std::int32_t* rowUse;  // n; 1 = a row of the model. The others are neither trained on nor held out
-  std::int32_t n, p, q;
+  std::int32_t n, m, p, q;
   std::int32_t nComputed;  // components that are validated, of those that the folds' models have
   ProgressMonitor* const* monitor;
   std::int32_t* continueFlag;
 
   // out
-  std::int32_t* rowOrder;  // n: the rows of the model, counted from 1, sorted by ascending first response. Entries
-                           // behind them keep what they hold
+  std::int32_t* rowOrder;  // n: the rows of the model, counted from 1, sorted by ascending first response; without
+                           // responses by the column behind the descriptors. Entries behind them keep what they hold
   Matrix press;            // nComponents x q: weighted squared prediction errors
-  double* coefErrors;      // p x nComponents x q, of the first nComputed components; not written on failure
+  double* coefErrors;      // p x nComponents x q, of the first nComputed components; 0 where no fold was run. Not
+                           // written on failure
 };
 
 // Sums over the folds, p x nComponents x q: of each coefficient the mean so far, and the squares about it.

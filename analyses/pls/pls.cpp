@@ -104,7 +104,7 @@ void summarise(const ResponseErrors& errors, std::int32_t q, std::int32_t chosen
 
 std::int32_t analyse(const PlsAnalysis& given) {
   const std::int32_t n = given.n, p = given.p, q = given.q, nModel = given.nComponents;
-  if (n < 0 || p < 0 || given.m < std::int64_t{p} + q || nModel < 1) return kSingular;
+  if (n < 0 || p < 0 || given.m < std::int64_t{p} + q) return kSingular;
   PlsScratch scratch(n, p, q, nModel);
   if (!scratch) return kNoScratch;
   listModelRows(given.rowUse, n, scratch.folds.rows.data(), given.rowOrder);
@@ -121,11 +121,12 @@ std::int32_t analyse(const PlsAnalysis& given) {
 
   // 2. Cross-validation.
   const PlsValidation validation{
-      given.data,  given.rowUse,    n, p, q, nModel, given.monitor, given.continueFlag, given.rowOrder,
-      given.press, given.coefErrors};
+      given.data,         given.rowUse,   n,           given.m,         p, q, nModel, given.monitor,
+      given.continueFlag, given.rowOrder, given.press, given.coefErrors};
   status = crossValidate(validation, scratch.data.data(), scratch.foldModel.view, scratch.foldCoefs.data(),
                          {scratch.means.data(), scratch.squares.data()}, scratch.folds);
   if (status != kDone) return status;
+  if (nModel < 1) return kSingular;
 
   // 3. The number of components.
   const ResponseErrors errors{{given.press.data, nModel}, {given.rss.data, nModel}, given.tss};

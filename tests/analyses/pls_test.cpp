@@ -351,15 +351,36 @@ TEST(PlsAnl, RefusesNumbersThatMakeNoAnalysis) {
                            call.tss == Numbers(2, kUntouched) && call.coefs == Numbers(5, kUntouched);
     return untouched && call.goesOn() == 1 ? call.status() : -1;
   };
-  constexpr std::int32_t most = std::numeric_limits<std::int32_t>::max(), least = -most - 1;
-  EXPECT_EQ(run(3, 3, 1, 2, 0), 1) << "no components";
-  EXPECT_EQ(run(3, 3, 1, 2, least), 1);
+  constexpr std::int32_t most = std::numeric_limits<std::int32_t>::max();
   EXPECT_EQ(run(-1, 3, 1, 2, 2), 1);
   EXPECT_EQ(run(3, 3, 1, -1, 2), 1);
   EXPECT_EQ(run(3, 3, 2, 2, 2), 1) << "a column too few";
   EXPECT_EQ(run(3, -3, 1, 2, 2), 1);
   EXPECT_EQ(run(3, 3, most, most, 2), 1);
   EXPECT_EQ(run(most, most, 1, most - 1, most), 5) << "memory beyond measure";
+}
+
+// A model without components still has its rows put in order and its folds run and reported; then there is nothing to
+// choose from. The key of the order is the column behind the descriptors, a response or not.
+TEST(PlsAnl, WithoutComponentsDoesEveryStepAndGivesStatus1) {
+  for (const std::int32_t nComponents : {0, -5, std::numeric_limits<std::int32_t>::min()})
+    for (const std::int32_t stopAt : {0, 2}) {
+      PlsCall call(4, 1, 1, nComponents);
+      call.data = {9, 9, 9, 9, 4, 1, 3, 2};
+      call.rowUse[2] = 0;
+      call.scales = {5, 5};
+      call.scaled = 0;
+      call.q = nComponents == 0 ? 1 : 0;
+      StoppingHost host(stopAt);
+      call.monitor = &host.monitor;
+      call.run();
+      EXPECT_EQ(call.status(), stopAt == 0 ? 1 : 999);
+      EXPECT_EQ(call.goesOn(), stopAt == 0 ? 1 : 0);
+      EXPECT_EQ(std::ssize(host.percentages), stopAt == 0 ? 3 : 2);
+      EXPECT_EQ(Integers(call.rowOrder.begin(), call.rowOrder.begin() + 3), (Integers{2, 4, 1}));
+      EXPECT_EQ(call.scales, Numbers(2, 1));
+      for (const auto* v : {&call.tss, &call.fitted}) EXPECT_EQ(*v, Numbers(v->size(), kUntouched));
+    }
 }
 
 // Nothing to fit: no rows, no row in the model, no descriptors, no responses.
@@ -374,6 +395,7 @@ TEST(PlsAnl, EmptyTablesAreModelsOfZeros) {
     const bool predicts = n > 0 && q > 0;
     EXPECT_EQ(call.fitted, predicts ? Numbers({7, 7, 7, 7, kUntouched}) : Numbers{kUntouched});
     for (std::size_t e = 0; e + 1 < call.coefs.size(); ++e) EXPECT_EQ(call.coefs[e], 0);
+    for (std::size_t e = 0; e + 1 < call.coefs.size(); ++e) EXPECT_EQ(call.coefErrors[e], 0);
   }
   PlsCall call(3, 1, 1, 1);
   call.data = {1, 2, 3, 1, 2, 3};
@@ -382,6 +404,7 @@ TEST(PlsAnl, EmptyTablesAreModelsOfZeros) {
   EXPECT_EQ(call.status(), 0);
   EXPECT_EQ(call.rowOrder, Integers(4, -7));
   EXPECT_EQ(call.press[0], 0);
+  EXPECT_EQ(call.coefErrors[0], 0);
 }
 
 // The door by addresses, over the same folds. S1 and S2 hold means and squares over the folds.
