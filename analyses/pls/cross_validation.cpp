@@ -15,15 +15,37 @@
 namespace studystats::core {
 namespace {
 
-// Lists the rows of the model, and makes the plan and the validation order over them. Equal responses keep the rows'
-// order, and so do all rows without responses. The number of rows of the model.
+// Packs the listed rows.
+void packRows(const PlsValidation& v, const std::int32_t* rows, std::int32_t count, Matrix to) {
+  for (std::int32_t j = 0; j < v.p + v.q; ++j) {
+    const double* column = v.data.column(j);
+    double* packed = to.column(j);
+    for (std::int32_t i = 0; i < count; ++i) packed[i] = column[rows[i] - 1];
+  }
+}
+
+// Adds the weighted squared prediction errors of the packed held-out rows.
+void predictHeldOut(const PlsValidation& v, const PlsModel& model, ConstMatrix heldOut, std::int32_t nHeld,
+                    double weight, PlsFoldScratch& s) {
+  scoreRows(heldOut, nHeld, model, model.nComponents, s.samples, [&](std::int32_t i, const PlsSampleScores& scores) {
+    for (std::int32_t k = 0; k < v.q; ++k)
+      predictResponse(model, k, v.nComputed, scores, [&](std::int32_t a, double predicted) {
+        const double error = heldOut(i, v.p + k) - predicted;
+        v.press(a, k) += weight * (error * error);
+      });
+  });
+}
+
+}  // namespace
+
+// Equal keys keep the rows' order, and so do all rows where no column stands behind the descriptors.
 std::int32_t orderForValidation(const PlsValidation& v, PlsFoldScratch& s) {
   std::int32_t nModel = 0;
   for (std::int32_t i = 0; i < v.n; ++i)
     if (v.rowUse[i] == 1) s.modelRows[nModel++] = i + 1;
   VldPln(&nModel);
 
-  for (std::int32_t i = 0; i < nModel; ++i) s.key[i] = v.q < 1 ? 0.0 : v.data(s.modelRows[i] - 1, v.p);
+  for (std::int32_t i = 0; i < nModel; ++i) s.key[i] = v.m > v.p ? v.data(s.modelRows[i] - 1, v.p) : 0.0;
   std::iota(s.positions.data(), s.positions.data() + nModel, 1);
   orderRows(s.key.data(), s.positions.data(), nModel, s.order.data(), s.inverse.data(), s.sortBuffer.data());
   for (std::int32_t i = 0; i < nModel; ++i) v.rowOrder[i] = s.modelRows[s.order[i] - 1];
@@ -40,8 +62,7 @@ void clearSums(const PlsValidation& v, const PlsModel& model, const PlsFoldSums&
   }
 }
 
-// Lists the training rows of fold g, counted from 0, in the order in which the plan gives them; their number. The rows'
-// numbers travel as their tags.
+// The rows' numbers travel as their tags.
 std::int32_t listTraining(std::int32_t nModel, std::int32_t g, PlsFoldScratch& s) {
   const std::int32_t group = g + 1, noColumns = 0;
   std::int32_t nTrain = 0;
@@ -50,16 +71,10 @@ std::int32_t listTraining(std::int32_t nModel, std::int32_t g, PlsFoldScratch& s
   return nTrain;
 }
 
-// Packs the rows that the fold holds out, in increasing order; their number.
-std::int32_t packHeldOut(const PlsValidation& v, std::int32_t nModel, Matrix to, PlsFoldScratch& s) {
+std::int32_t listHeldOut(std::int32_t nModel, PlsFoldScratch& s) {
   std::int32_t nHeld = 0;
   for (std::int32_t i = 0; i < nModel; ++i)
     if (s.heldOut[i] == 1) s.rows[nHeld++] = s.modelRows[i];
-  for (std::int32_t j = 0; j < v.p + v.q; ++j) {
-    const double* column = v.data.column(j);
-    double* packed = to.column(j);
-    for (std::int32_t i = 0; i < nHeld; ++i) packed[i] = column[s.rows[i] - 1];
-  }
   return nHeld;
 }
 
@@ -79,28 +94,14 @@ void addCoefficients(const PlsValidation& v, const PlsModel& model, const double
   }
 }
 
-// Adds the weighted squared prediction errors of the packed held-out rows.
-void predictHeldOut(const PlsValidation& v, const PlsModel& model, ConstMatrix heldOut, std::int32_t nHeld,
-                    double weight, PlsFoldScratch& s) {
-  scoreRows(heldOut, nHeld, model, model.nComponents, s.samples, [&](std::int32_t i, const PlsSampleScores& scores) {
-    for (std::int32_t k = 0; k < v.q; ++k)
-      predictResponse(model, k, v.nComputed, scores, [&](std::int32_t a, double predicted) {
-        const double error = heldOut(i, v.p + k) - predicted;
-        v.press(a, k) += weight * (error * error);
-      });
-  });
-}
-
 void standardErrors(const PlsValidation& v, const PlsModel& model, const PlsFoldSums& sums, std::int32_t nFolds,
                     double weight) {
   const std::ptrdiff_t perResponse = std::ptrdiff_t{v.p} * model.nComponents, used = std::ptrdiff_t{v.p} * v.nComputed;
-  const double shrink = static_cast<double>(nFolds - 1) / nFolds;
+  const double shrink = nFolds < 1 ? 0.0 : static_cast<double>(nFolds - 1) / nFolds;
   for (std::int32_t k = 0; k < v.q; ++k)
     for (std::ptrdiff_t e = k * perResponse; e < k * perResponse + used; ++e)
       v.coefErrors[e] = std::sqrt(sums.squares[e] * shrink * weight);
 }
-
-}  // namespace
 
 std::int32_t crossValidate(const PlsValidation& v, double* work, const PlsModel& model, double* coefs,
                            const PlsFoldSums& sums, PlsFoldScratch& s) {
@@ -124,34 +125,12 @@ std::int32_t crossValidate(const PlsValidation& v, double* work, const PlsModel&
     addCoefficients(v, model, coefs, g, sums);
 
     // 2. Its predictions.
-    const std::int32_t nHeld = packHeldOut(v, nModel, {work, v.n}, s);
+    const std::int32_t nHeld = listHeldOut(nModel, s);
+    packRows(v, s.rows.data(), nHeld, {work, v.n});
     predictHeldOut(v, model, {work, v.n}, nHeld, weight, s);
   }
   standardErrors(v, model, sums, nFolds, weight);
   return kDone;
-}
-
-void PlsCvl(const double* data, const std::int32_t* /*rowTags*/, double* work, std::int32_t* /*workTags*/,
-            std::int32_t* rowOrder, const std::int32_t* rowUse, const std::int32_t* nRows, const std::int32_t* /*m*/,
-            const std::int32_t* nResponses, const std::int32_t* nDescriptors, const std::int32_t* nComputed,
-            const std::int32_t* nComponents, const double* /*scales*/, const double* /*means*/,
-            const std::int32_t* /*scaled*/, double* press, double* coefErrors, double* /*sampleWork*/,
-            double* foldCoefs, double* weights, double* loadings, double* respWeights, double* inner, double* s1,
-            double* s2, std::int32_t* status, ProgressMonitor* const* monitor, std::int32_t* continueFlag) {
-  *continueFlag = 1;
-  *status = kSingular;
-  const std::int32_t n = std::max(*nRows, 0), p = std::max(*nDescriptors, 0), q = std::max(*nResponses, 0);
-  const std::int32_t nModel = std::max(*nComponents, 0), nUsed = std::clamp(*nComputed, 0, nModel);
-  PlsFoldScratch scratch(n, p, q, nModel);
-  Scratch<double> scoreSquares(nModel);
-  if (!obtained(scratch, scoreSquares)) {
-    *status = kNoScratch;
-    return;
-  }
-  const PlsModel model{p, q, nModel, {weights, p}, {loadings, p}, {respWeights, nModel}, inner, scoreSquares.data()};
-  const PlsValidation validation{{data, n}, rowUse,          n,         p, q, nUsed, monitor, continueFlag,
-                                 rowOrder,  {press, nModel}, coefErrors};
-  *status = crossValidate(validation, work, model, foldCoefs, {s1, s2}, scratch);
 }
 
 }  // namespace studystats::core

@@ -45,7 +45,8 @@ void PlsPrd(double* sampleWork, const std::int32_t* nUse, const std::int32_t* p,
 //   respWeights        nComponents x q      out
 //   inner              nComponents          out
 //   coefs              p x nComponents x q  out, descriptor fastest: after 1, 2, ... components
-//   status             as PlsCmp; the model stops at the component that did not converge
+//   status             as PlsCmp. The model stops at a component that did not converge: the data are then deflated by
+//                      those before it, and coefs is not written
 void PlsFit(double* data, const std::int32_t* n, const std::int32_t* m, const std::int32_t* p, const std::int32_t* q,
             const std::int32_t* nComponents, double* weights, double* loadings, double* respWeights, double* inner,
             double* coefs, std::int32_t* status);

@@ -231,8 +231,8 @@ STUDYSTATS_API void MulReg(const double* data, const int32_t* rowTags, int32_t* 
  *   argument         dir     shape      meaning
  *   data             in      n x m      descriptors, then responses; further columns are not used. Not modified
  *   rowTags          in      n x 2      any numbers; nothing looks at them
- *   rowOrder         out     n          numbers of the model's rows, sorted by ascending first response, ties by number
- *                                       (all by number when there is no response). Entries behind them hold no order
+ *   rowOrder         out     n          numbers of the model's rows, sorted by ascending first response, ties by
+ * number; without responses, by the column behind the descriptors, if there is one. Entries behind them hold no order
  *   rowUse           in      n          1: a row of the model. Other: the row is neither trained on nor held out, and
  *                                       only predicted, in fitted
  *   nRows            in      value      number of samples, n
@@ -246,14 +246,15 @@ STUDYSTATS_API void MulReg(const double* data, const int32_t* rowTags, int32_t* 
  *   keepAll          in      value      0: the number of components is chosen by the ratio rule. Other: all are kept
  *   ratioLimit       in      value      limit of the ratio rule: the leading components are kept of which each has, for
  *                                       some response, a ratio of this or less; one at least
- *   nComponents      in      value      number of components, a
+ *   nComponents      in      value      number of components, a; below 0 counts as none
  *   scaled           in      value      0: the data were only centred
  *   cvMethod         in      value      1: systematic groups, dealt along the ascending first response so that each
  *                                       spans its range; other: random subsets, drawn with Nmrand
  *   cvGroups         in      value      number of groups; below 1: one sample a group (leave-one-out)
  *   cvFraction       in      value      random subsets: multiplier for the number of folds
  *   coefs            out     p x a x q  regression coefficients of the models of 1, 2, ... components, raw units
- *   coefErrors       out     p x a x q  jackknife standard errors of the coefficients, raw units
+ *   coefErrors       out     p x a x q  jackknife standard errors of the coefficients, raw units; 0 with fewer than two
+ *                                       folds
  *   pressRatios      out     a x q      root of press over the rss of one component less (the first: over tss); 0 when
  *                                       that is not positive. Only for the components kept, as q2 and r2; entries
  *                                       behind them are not written
@@ -272,8 +273,9 @@ STUDYSTATS_API void MulReg(const double* data, const int32_t* rowTags, int32_t* 
  *
  *   status   meaning
  *   0        success; every output is written
- *   1        no components were asked for, or numbers that make no analysis (n or p below 0, m below p + q). Nothing
- *            else is written but continueFlag
+ *   1        no components were asked for: rowOrder and scales are written, and every fold was run and reported. Also
+ *            for numbers that make no analysis (n or p below 0, m below p + q): then nothing else is written but
+ *            continueFlag
  *   2        the scores of a component did not converge within 1000 passes (several responses only), in the model or in
  *            a fold. Written are scales, rowOrder (nothing sorted yet) and, when it is not the first component, tss and
  *            the rss of those before it; after a failure in a fold also what 999 names

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "analyses/pls/cross_validation.h"
-#include "analyses/pls/kernels.h"
+#include "numeric/validation.h"
 #include "tests/analyses/example.h"
 #include "tests/analyses/pls_call.h"
 #include "tests/definition/pls.h"
@@ -351,15 +351,36 @@ TEST(PlsAnl, RefusesNumbersThatMakeNoAnalysis) {
                            call.tss == Numbers(2, kUntouched) && call.coefs == Numbers(5, kUntouched);
     return untouched && call.goesOn() == 1 ? call.status() : -1;
   };
-  constexpr std::int32_t most = std::numeric_limits<std::int32_t>::max(), least = -most - 1;
-  EXPECT_EQ(run(3, 3, 1, 2, 0), 1) << "no components";
-  EXPECT_EQ(run(3, 3, 1, 2, least), 1);
+  constexpr std::int32_t most = std::numeric_limits<std::int32_t>::max();
   EXPECT_EQ(run(-1, 3, 1, 2, 2), 1);
   EXPECT_EQ(run(3, 3, 1, -1, 2), 1);
   EXPECT_EQ(run(3, 3, 2, 2, 2), 1) << "a column too few";
   EXPECT_EQ(run(3, -3, 1, 2, 2), 1);
   EXPECT_EQ(run(3, 3, most, most, 2), 1);
   EXPECT_EQ(run(most, most, 1, most - 1, most), 5) << "memory beyond measure";
+}
+
+// A model without components still has its rows put in order and its folds run and reported; then there is nothing to
+// choose from. The key of the order is the column behind the descriptors, a response or not.
+TEST(PlsAnl, WithoutComponentsDoesEveryStepAndGivesStatus1) {
+  for (const std::int32_t nComponents : {0, -5, std::numeric_limits<std::int32_t>::min()})
+    for (const std::int32_t stopAt : {0, 2}) {
+      PlsCall call(4, 1, 1, nComponents);
+      call.data = {9, 9, 9, 9, 4, 1, 3, 2};
+      call.rowUse[2] = 0;
+      call.scales = {5, 5};
+      call.scaled = 0;
+      call.q = nComponents == 0 ? 1 : 0;
+      StoppingHost host(stopAt);
+      call.monitor = &host.monitor;
+      call.run();
+      EXPECT_EQ(call.status(), stopAt == 0 ? 1 : 999);
+      EXPECT_EQ(call.goesOn(), stopAt == 0 ? 1 : 0);
+      EXPECT_EQ(std::ssize(host.percentages), stopAt == 0 ? 3 : 2);
+      EXPECT_EQ(Integers(call.rowOrder.begin(), call.rowOrder.begin() + 3), (Integers{2, 4, 1}));
+      EXPECT_EQ(call.scales, Numbers(2, 1));
+      for (const auto* v : {&call.tss, &call.fitted}) EXPECT_EQ(*v, Numbers(v->size(), kUntouched));
+    }
 }
 
 // Nothing to fit: no rows, no row in the model, no descriptors, no responses.
@@ -374,6 +395,7 @@ TEST(PlsAnl, EmptyTablesAreModelsOfZeros) {
     const bool predicts = n > 0 && q > 0;
     EXPECT_EQ(call.fitted, predicts ? Numbers({7, 7, 7, 7, kUntouched}) : Numbers{kUntouched});
     for (std::size_t e = 0; e + 1 < call.coefs.size(); ++e) EXPECT_EQ(call.coefs[e], 0);
+    for (std::size_t e = 0; e + 1 < call.coefs.size(); ++e) EXPECT_EQ(call.coefErrors[e], 0);
   }
   PlsCall call(3, 1, 1, 1);
   call.data = {1, 2, 3, 1, 2, 3};
@@ -382,32 +404,109 @@ TEST(PlsAnl, EmptyTablesAreModelsOfZeros) {
   EXPECT_EQ(call.status(), 0);
   EXPECT_EQ(call.rowOrder, Integers(4, -7));
   EXPECT_EQ(call.press[0], 0);
+  EXPECT_EQ(call.coefErrors[0], 0);
 }
 
-// The door by addresses, over the same folds. S1 and S2 hold means and squares over the folds.
-TEST(PlsCvl, GivesTheAnalysisItsPressAndErrors) {
+// A call of PlsCvl with every array that it may write.
+struct CvlCall {
+  explicit CvlCall(const PlsCall& of) : call(of) {
+    for (std::size_t i = 0; i < call.rowTags.size(); ++i) call.rowTags[i] = 100 + static_cast<std::int32_t>(i);
+  }
+
+  void run(std::int32_t stopAt) {
+    StoppingHost host(stopAt);
+    ProgressMonitor* monitor = &host.monitor;
+    core::PlsCvl(call.data.data(), call.rowTags.data(), work.data(), tags.data(), order.data(), call.rowUse.data(),
+                 &call.n, &call.m, &call.q, &call.p, &call.nComponents, &call.nComponents, call.scales.data(),
+                 call.means.data(), &call.scaled, press.data(), errors.data(), sample.data(), coefs.data(), w.data(),
+                 l.data(), c.data(), b.data(), s1.data(), s2.data(), &status, &monitor, &goesOn);
+  }
+
+  // The rows of the model that a fold holds out or trains on, in increasing order.
+  Integers rowsOfFold(std::size_t g, std::size_t nFolds, bool heldOut) const {
+    Integers rows;
+    for (std::size_t i = 0; i < 19; ++i)
+      if ((i % nFolds == g) == heldOut) rows.push_back(order[i]);
+    std::sort(rows.begin(), rows.end());
+    return rows;
+  }
+
+  // Those rows of the data packed from the first row down.
+  Numbers packed(const Integers& rows) {
+    Numbers cells(work.size());
+    for (std::size_t i = 0; i < rows.size(); ++i)
+      for (std::size_t j = 0; j < 6; ++j) cells[i + 20 * j] = call.cell(rows[i] - 1, static_cast<std::ptrdiff_t>(j));
+    return cells;
+  }
+
+  PlsCall call;
+  Numbers work = Numbers(20 * 6, kUntouched), press = Numbers(7, kUntouched), errors = Numbers(19, kUntouched),
+          sample = Numbers(9, kUntouched), coefs = Numbers(18), w = Numbers(9), l = w, c = Numbers(6), b = Numbers(3),
+          s1 = Numbers(18, kUntouched), s2 = s1;
+  Integers tags = Integers(40, -7), order = Integers(21, -7);
+  std::int32_t status = -1, goesOn = -1;
+};
+
+// The door by addresses, over the analysis's folds: one row left out, a column that is only carried along, and a stop
+// before the first fold, after it, and never. Sums, working copies and the last fold's model are rebuilt with the plain
+// transcription of a fit and a prediction.
+TEST(PlsCvl, GivesTheAnalysisItsErrorsAndLeavesItsSumsAndWorkingCopies) {
   PlsCall call = exampleCall("linnerud.csv", 20, 3, 2, 3);
   call.centre(false);
+  call.data.insert(call.data.end(), call.data.begin(), call.data.begin() + 20);
+  call.scales.push_back(1);
+  call.means.push_back(0);
+  call.m = 6;
   call.rowUse[7] = 0;
   call.groups = 4;
   call.run();
   ASSERT_EQ(call.status(), 0);
-  const std::int32_t nComponents = 3;
-  Numbers work(20 * 5), press(7, kUntouched), errors(19, kUntouched), sample(9), foldCoefs(18), w(9), l(9), c(6), b(3),
-      s1(18), s2(18);
-  Integers tags(40), order(21, -7);
-  ProgressMonitor* monitor = nullptr;
-  std::int32_t status = -1, goesOn = -1;
-  core::PlsCvl(call.data.data(), call.rowTags.data(), work.data(), tags.data(), order.data(), call.rowUse.data(),
-               &call.n, &call.m, &call.q, &call.p, &nComponents, &nComponents, call.scales.data(), call.means.data(),
-               &call.scaled, press.data(), errors.data(), sample.data(), foldCoefs.data(), w.data(), l.data(), c.data(),
-               b.data(), s1.data(), s2.data(), &status, &monitor, &goesOn);
-  EXPECT_EQ(status, 0);
-  EXPECT_EQ(goesOn, 1);
-  EXPECT_TRUE(sameBits(press, call.press));
-  EXPECT_TRUE(sameBits(errors, call.coefErrors));
-  EXPECT_TRUE(std::equal(order.begin(), order.begin() + 19, call.rowOrder.begin()));
-  EXPECT_EQ(order[19], -7);
+  core::cvMethod = 1, core::cvGroups = 4;
+  for (const std::int32_t stopAt : {1, 2, 0}) {
+    CvlCall cvl(call);
+    cvl.run(stopAt);
+    EXPECT_EQ(cvl.status, stopAt == 0 ? 0 : 999);
+    EXPECT_EQ(cvl.goesOn, stopAt == 0 ? 1 : 0);
+    EXPECT_TRUE(std::equal(cvl.order.begin(), cvl.order.begin() + 19, call.rowOrder.begin()));
+    EXPECT_EQ(cvl.order[19], -7);
+
+    Numbers s1(18), s2(18), coefs(18), w(9), l(9), c(6), b(3);
+    const std::size_t nDone = stopAt == 0 ? 4 : static_cast<std::size_t>(stopAt) - 1;
+    for (std::size_t g = 0; g < nDone; ++g) {
+      Numbers training = cvl.packed(cvl.rowsOfFold(g, 4, false));
+      std::int32_t status = -1;
+      definition::plsFit(training.data(), &call.n, &call.m, &call.p, &call.q, &call.nComponents, w.data(), l.data(),
+                         c.data(), b.data(), coefs.data(), &status);
+      for (std::size_t e = 0; e < 18; ++e) s1[e] += coefs[e], s2[e] += coefs[e] * coefs[e];
+    }
+    EXPECT_LE(relativeDifference(cvl.s1, s1), 1e-12);
+    EXPECT_LE(relativeDifference(cvl.s2, s2), 1e-12);
+    if (nDone == 0) {
+      // Nothing but the model's rows, of which the first response alone is sorted.
+      Numbers rows = cvl.packed({1, 2, 3, 4, 5, 6, 7, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20});
+      std::sort(rows.begin() + 60, rows.begin() + 79);
+      EXPECT_EQ(cvl.work, rows);
+      EXPECT_EQ(cvl.tags, Integers(40, -7));
+      continue;
+    }
+    const Integers heldOut = cvl.rowsOfFold(nDone - 1, 4, true);
+    EXPECT_EQ(cvl.work, cvl.packed(heldOut));
+    Integers tags(40);
+    for (std::size_t i = 0; i < heldOut.size(); ++i) tags[i] = 99 + heldOut[i];
+    EXPECT_EQ(cvl.tags, tags);
+    EXPECT_TRUE(sameBits(cvl.w, w) && sameBits(cvl.l, l) && sameBits(cvl.c, c) && sameBits(cvl.b, b));
+    Numbers sample(9), contrib(3), cumulative(3);
+    for (std::ptrdiff_t j = 0; j < 3; ++j) sample[static_cast<std::size_t>(j)] = call.cell(heldOut.back() - 1, j);
+    definition::plsPrd(sample.data(), &call.nComponents, &call.p, &call.nComponents, c.data() + 3, b.data(), w.data(),
+                       l.data(), contrib.data(), cumulative.data());
+    EXPECT_TRUE(sameBits(cvl.sample, sample));
+    if (stopAt == 0) {
+      EXPECT_TRUE(sameBits(cvl.press, call.press));
+      EXPECT_TRUE(sameBits(cvl.errors, call.coefErrors));
+    } else {
+      EXPECT_EQ(cvl.errors, Numbers(19, kUntouched));
+    }
+  }
 }
 
 // More descriptors than a strip of them holds, and blocks of samples to predict.

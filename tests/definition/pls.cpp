@@ -1,5 +1,6 @@
 #include "tests/definition/pls.h"
 
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
@@ -158,13 +159,13 @@ void plsFit(double* data, const std::int32_t* n, const std::int32_t* m, const st
 
 void plsAnl(const double* data, const std::int32_t*, std::int32_t* rowOrder, const std::int32_t* rowUse, std::int32_t n,
             std::int32_t m, std::int64_t, double* scales, const double* means, const void*, std::int32_t q,
-            std::int32_t p, std::int32_t keepAll, float ratioLimit, std::int32_t A, std::int32_t scaled,
+            std::int32_t p, std::int32_t keepAll, float ratioLimit, std::int32_t nComponents, std::int32_t scaled,
             std::int32_t cvMethod, std::int32_t cvGroups, float cvFraction, double* coefs, double* coefErrors,
             double* pressRatios, double* q2, double* r2, double* rss, double* tss, double* intercepts, double* fitted,
             double* press, std::int32_t* status, ProgressMonitor* progressMonitor, std::int32_t* continueFlag) {
   *continueFlag = 1;
   *status = 1;
-  if (A < 1) return;
+  const std::int32_t A = std::max(nComponents, 0);
   const Table source{const_cast<double*>(data), n};
   Numbers work(size(n, m));
   const Table x{work.data(), n};
@@ -199,14 +200,15 @@ void plsAnl(const double* data, const std::int32_t*, std::int32_t* rowOrder, con
   }
   coefficients(p, q, A, model.W.data(), model.P.data(), model.C.data(), model.b.data(), coefs);
 
-  // Folds, made over the rows of the model: positions 1 ... nModel stand for them.
+  // Folds, made over the rows of the model: positions 1 ... nModel stand for them. The key is the column behind the
+  // descriptors, whether that is a response or not.
   const auto nModel = static_cast<std::int32_t>(modelRows.size());
   Numbers key;
   for (std::int32_t row : modelRows)
-    if (q >= 1) key.push_back(source(row, p + 1));
+    if (m > p) key.push_back(source(row, p + 1));
   Integers positions, order;
   for (std::int32_t i = 1; i <= nModel; ++i) positions.push_back(i);
-  order = q >= 1 ? validationOrder(key, positions) : positions;
+  order = m > p ? validationOrder(key, positions) : positions;
   for (std::int32_t i = 0; i < nModel; ++i) rowOrder[i] = modelRows[index(order[index(i)] - 1)];
   const Plan folds = nModel < 1 ? Plan{0, 0, 1.0} : plan(cvMethod, cvGroups, cvFraction, nModel);
   const std::int32_t G = folds.folds;
@@ -214,7 +216,7 @@ void plsAnl(const double* data, const std::int32_t*, std::int32_t* rowOrder, con
 
   Model foldModel(p, q, A);
   std::vector<Numbers> foldCoefs;
-  Numbers sample(size(p, A)), contrib(index(A)), cumulative(index(A));
+  Numbers sample(size(p, std::max(A, 1))), contrib(index(A)), cumulative(index(A));
   for (std::size_t i = 0; i < size(A, q); ++i) press[i] = 0;
   for (std::int32_t g = 1; g <= G; ++g) {
     updateminorprogress(&progressMonitor, &g, &G, continueFlag);
@@ -258,8 +260,10 @@ void plsAnl(const double* data, const std::int32_t*, std::int32_t* rowOrder, con
     for (const Numbers& fold : foldCoefs) mean += fold[e];
     mean /= G;
     for (const Numbers& fold : foldCoefs) sum += (fold[e] - mean) * (fold[e] - mean);
-    coefErrors[e] = std::sqrt(sum * (static_cast<double>(G - 1) / G) * weight);
+    coefErrors[e] = G < 1 ? 0 : std::sqrt(sum * (static_cast<double>(G - 1) / G) * weight);
   }
+  *status = 1;
+  if (A < 1) return;
 
   const auto at = [A](std::int32_t a, std::int32_t k) { return size(k - 1, A) + index(a - 1); };
   const auto ratio = [&](std::int32_t a, std::int32_t k) {

@@ -2,7 +2,7 @@
 // ratio of successive errors, and the model in raw units.
 //
 // Wold (1978), Technometrics 20, 397-405 (the ratio rule, here of square roots).
-#include <studystats/analyses.h>
+#include "analyses/pls/pls.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,7 +13,6 @@
 #include "analyses/pls/scratch.h"
 #include "numeric/matrix_view.h"
 #include "numeric/status.h"
-#include "numeric/validation.h"
 
 namespace studystats::core {
 namespace {
@@ -102,57 +101,43 @@ void summarise(const ResponseErrors& errors, std::int32_t q, std::int32_t chosen
 }
 
 }  // namespace
-}  // namespace studystats::core
 
-void PlsAnl(const double* data, const std::int32_t* /*rowTags*/, std::int32_t* rowOrder, const std::int32_t* rowUse,
-            std::int32_t nRows, std::int32_t nCols, std::int64_t /*reserved1*/, double* scales, const double* means,
-            const void* /*reserved2*/, std::int32_t nResponses, std::int32_t nDescriptors, std::int32_t keepAll,
-            float ratioLimit, std::int32_t nComponents, std::int32_t scaled, std::int32_t cvMethod,
-            std::int32_t cvGroups, float cvFraction, double* coefs, double* coefErrors, double* pressRatios, double* q2,
-            double* r2, double* rss, double* tss, double* intercepts, double* fitted, double* press,
-            std::int32_t* status, ProgressMonitor* progressMonitor, std::int32_t* continueFlag) {
-  namespace core = studystats::core;
-  core::cvMethod = cvMethod;
-  core::cvGroups = cvGroups;
-  core::cvFraction = cvFraction;
-  *continueFlag = 1;
-  *status = core::kSingular;
-  const std::int32_t n = nRows, p = nDescriptors, q = std::max(nResponses, 0), nModel = nComponents;
-  if (n < 0 || p < 0 || nCols < std::int64_t{p} + q || nModel < 1) return;
-  core::PlsScratch scratch(n, p, q, nModel);
-  if (!scratch) {
-    *status = core::kNoScratch;
-    return;
-  }
-
-  const core::ConstMatrix x{data, n};
-  const core::PlsModel& model = scratch.model.view;
-  core::listModelRows(rowUse, n, scratch.folds.rows.data(), rowOrder);
-  if (scaled == 0) std::fill_n(scales, nCols, 1.0);
+std::int32_t analyse(const PlsAnalysis& given) {
+  const std::int32_t n = given.n, p = given.p, q = given.q, nModel = given.nComponents;
+  if (n < 0 || p < 0 || given.m < std::int64_t{p} + q) return kSingular;
+  PlsScratch scratch(n, p, q, nModel);
+  if (!scratch) return kNoScratch;
+  listModelRows(given.rowUse, n, scratch.folds.rows.data(), given.rowOrder);
+  if (!given.scaled) std::fill_n(given.scales, given.m, 1.0);
 
   // 1. Components and coefficients of the model.
-  const core::PlsResidualSums sums{tss, {rss, nModel}};
-  core::PlsData samples(scratch.data.data(), n, p, q);
-  core::takeSamples(x, scratch.folds.rows.data(), samples);
-  *status = core::fitComponents(samples, model, scratch.folds.component, &sums);
-  if (*status != core::kDone) return;
-  *status = core::kSingular;
-  core::coefficients(model, {scratch.folds.rotations.data(), p}, scratch.folds.samples, coefs);
+  const PlsModel& model = scratch.model.view;
+  const PlsResidualSums sums{given.tss, given.rss};
+  PlsData samples(scratch.data.data(), n, p, q);
+  takeSamples(given.data, scratch.folds.rows.data(), samples);
+  std::int32_t status = fitComponents(samples, model, scratch.folds.component, &sums);
+  if (status != kDone) return status;
+  coefficients(model, {scratch.folds.rotations.data(), p}, scratch.folds.samples, given.coefs);
 
   // 2. Cross-validation.
-  const core::PlsValidation validation{
-      x, rowUse, n, p, q, nModel, &progressMonitor, continueFlag, rowOrder, {press, nModel}, coefErrors};
-  *status = core::crossValidate(validation, scratch.data.data(), scratch.foldModel.view, scratch.foldCoefs.data(),
-                                {scratch.means.data(), scratch.squares.data()}, scratch.folds);
-  if (*status != core::kDone) return;
+  const PlsValidation validation{
+      given.data,         given.rowUse,   n,           given.m,         p, q, nModel, given.monitor,
+      given.continueFlag, given.rowOrder, given.press, given.coefErrors};
+  status = crossValidate(validation, scratch.data.data(), scratch.foldModel.view, scratch.foldCoefs.data(),
+                         {scratch.means.data(), scratch.squares.data()}, scratch.folds);
+  if (status != kDone) return status;
+  if (nModel < 1) return kSingular;
 
   // 3. The number of components.
-  const core::ResponseErrors errors{{press, nModel}, {rss, nModel}, tss};
-  const std::int32_t chosen = keepAll != 0 ? nModel : core::chooseComponents(errors, q, nModel, double{ratioLimit});
+  const ResponseErrors errors{{given.press.data, nModel}, {given.rss.data, nModel}, given.tss};
+  const std::int32_t chosen = given.keepAll ? nModel : chooseComponents(errors, q, nModel, given.ratioLimit);
 
   // 4. Predictions, the model in raw units, and its statistics.
-  const core::RawUnits raw{scales, means};
-  core::fitRows(x, n, model, chosen, raw, scratch.folds.samples, {fitted, n});
-  core::convertToRawUnits(model, raw, coefs, coefErrors, {intercepts, nModel});
-  core::summarise(errors, q, chosen, {{pressRatios, nModel}, {q2, nModel}, {r2, nModel}});
+  const RawUnits raw{given.scales, given.means};
+  fitRows(given.data, n, model, chosen, raw, scratch.folds.samples, given.fitted);
+  convertToRawUnits(model, raw, given.coefs, given.coefErrors, given.intercepts);
+  summarise(errors, q, chosen, {given.pressRatios, given.q2, given.r2});
+  return kDone;
 }
+
+}  // namespace studystats::core

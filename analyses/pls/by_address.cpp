@@ -1,0 +1,220 @@
+// The routines with by-address arguments: each wraps its addresses once and hands them to the method.
+#include <algorithm>
+#include <numeric>
+
+#include "analyses/pls/components.h"
+#include "analyses/pls/cross_validation.h"
+#include "analyses/pls/kernels.h"
+#include "analyses/pls/prediction.h"
+#include "analyses/pls/scratch.h"
+#include "analyses/pls/weighted_sums.h"
+#include "numeric/matrix_view.h"
+#include "numeric/scratch.h"
+#include "numeric/status.h"
+#include "numeric/validation.h"
+
+namespace studystats::core {
+namespace {
+
+// Scratch of a fit whose data lie column after column.
+struct FitScratch {
+  FitScratch(std::int32_t n, std::int32_t p, std::int32_t q, std::int32_t nComponents)
+      : component(n, q),
+        samples(p, nComponents),
+        rotations(area(p, nComponents)),
+        scoreSquares(nComponents),
+        storage(area(n, std::ptrdiff_t{p} + q)),
+        rows(n) {}
+  explicit operator bool() const { return obtained(component, samples, rotations, scoreSquares, storage, rows); }
+
+  PlsComponentScratch component;
+  PlsSampleScratch samples;
+  Scratch<double> rotations, scoreSquares, storage;
+  Scratch<std::int32_t> rows;
+};
+
+// The model and its coefficients. The data, n x (p + q), are deflated by every component that was found.
+std::int32_t fit(Matrix data, std::int32_t n, const PlsModel& model, double* coefs, FitScratch& s) {
+  std::iota(s.rows.data(), s.rows.data() + n, 1);
+  PlsData current(s.storage.data(), n, model.p, model.q);
+  takeSamples({data.data, data.ld}, s.rows.data(), current);
+  const std::int32_t status = fitComponents(current, model, s.component, nullptr);
+  if (status == kDone && model.nComponents > 0)
+    deflate(current.x, model.loadings.column(model.nComponents - 1), s.component.scores.data());
+
+  for (std::int32_t j = 0; j < model.p; ++j)
+    for (std::int32_t i = 0; i < n; ++i) data(i, j) = current.x.x(j, i);
+  for (std::int32_t k = 0; k < model.q; ++k) std::copy_n(current.y.x.column(k), n, data.column(model.p + k));
+  if (status == kDone) coefficients(model, {s.rotations.data(), model.p}, s.samples, coefs);
+  return status;
+}
+
+// Scratch of a validation by addresses.
+struct CvlScratch {
+  CvlScratch(std::int32_t n, std::int32_t p, std::int32_t q, std::int32_t nComponents)
+      : folds(n, p, q, nComponents),
+        fit(n, p, q, nComponents),
+        means(area(area(p, nComponents), q)),
+        squares(area(area(p, nComponents), q)),
+        contrib(nComponents),
+        cumulative(nComponents) {}
+  explicit operator bool() const { return obtained(folds, fit, means, squares, contrib, cumulative); }
+
+  PlsFoldScratch folds;
+  FitScratch fit;
+  Scratch<double> means, squares, contrib, cumulative;
+};
+
+// The caller's working arrays, and the tags that travel with the rows.
+struct CvlArrays {
+  const std::int32_t* rowTags;
+  Matrix work;  // n x m
+  std::int32_t* workTags;
+  double *sampleWork, *coefs, *s1, *s2;
+};
+
+// The rows of the data packed from the top; the rest zero.
+void packRows(const PlsValidation& v, const std::int32_t* rows, std::int32_t count, Matrix work) {
+  for (std::int32_t j = 0; j < v.m; ++j) {
+    std::fill_n(work.column(j), v.n, 0.0);
+    for (std::int32_t i = 0; i < count; ++i) work(i, j) = v.data(rows[i] - 1, j);
+  }
+}
+
+void packRowsAndTags(const PlsValidation& v, const std::int32_t* rows, std::int32_t count, const CvlArrays& to) {
+  packRows(v, rows, count, to.work);
+  std::fill_n(to.workTags, 2 * std::ptrdiff_t{v.n}, 0);
+  for (std::int32_t i = 0; i < count; ++i) to.workTags[i] = to.rowTags[rows[i] - 1];
+}
+
+void addToSums(const PlsValidation& v, const PlsModel& model, const CvlArrays& arrays) {
+  const std::ptrdiff_t perResponse = std::ptrdiff_t{v.p} * model.nComponents, used = std::ptrdiff_t{v.p} * v.nComputed;
+  for (std::int32_t k = 0; k < v.q; ++k)
+    for (std::ptrdiff_t e = k * perResponse; e < k * perResponse + used; ++e) {
+      arrays.s1[e] += arrays.coefs[e];
+      arrays.s2[e] += arrays.coefs[e] * arrays.coefs[e];
+    }
+}
+
+// The held-out rows, predicted one by one from the working copy.
+void predictHeldOut(const PlsValidation& v, const PlsModel& model, std::int32_t nHeld, double weight,
+                    const CvlArrays& arrays, CvlScratch& s) {
+  const std::int32_t a = model.nComponents;
+  for (std::int32_t k = 0; k < v.q; ++k)
+    for (std::int32_t i = 0; i < nHeld; ++i) {
+      for (std::int32_t j = 0; a > 0 && j < v.p; ++j) arrays.sampleWork[j] = arrays.work(i, j);
+      PlsPrd(arrays.sampleWork, &a, &v.p, &a, model.respWeights.column(k), model.inner, model.weights.data,
+             model.loadings.data, s.contrib.data(), s.cumulative.data());
+      for (std::int32_t c = 0; c < v.nComputed; ++c) {
+        const double error = arrays.work(i, v.p + k) - s.cumulative[c];
+        v.press(c, k) += weight * (error * error);
+      }
+    }
+}
+
+std::int32_t runFolds(const PlsValidation& v, const PlsModel& model, const CvlArrays& arrays, CvlScratch& s) {
+  // 1. The rows of the model, the first response sorted; plan and order.
+  const std::int32_t nModel = orderForValidation(v, s.folds);
+  packRows(v, s.folds.modelRows.data(), nModel, arrays.work);
+  if (v.m > v.p) std::copy_n(s.folds.key.data(), nModel, arrays.work.column(v.p));
+  clearSums(v, model, {arrays.s1, arrays.s2});
+
+  // 2. The folds.
+  const std::int32_t nFolds = cvFolds;
+  const double weight = cvPressWeight;
+  const PlsFoldSums sums{s.means.data(), s.squares.data()};
+  for (std::int32_t g = 0; g < nFolds; ++g) {
+    const std::int32_t report = g + 1;
+    updateminorprogress(v.monitor, &report, &nFolds, v.continueFlag);
+    if (*v.continueFlag == 0) return kStopped;
+    packRowsAndTags(v, s.folds.rows.data(), listTraining(nModel, g, s.folds), arrays);
+    const std::int32_t status = fit(arrays.work, v.n, model, arrays.coefs, s.fit);
+    if (status != kDone) return status;
+    addToSums(v, model, arrays);
+    addCoefficients(v, model, arrays.coefs, g, sums);
+    if (v.q < 1) continue;
+    const std::int32_t nHeld = listHeldOut(nModel, s.folds);
+    packRowsAndTags(v, s.folds.rows.data(), nHeld, arrays);
+    predictHeldOut(v, model, nHeld, weight, arrays, s);
+  }
+
+  // 3. The spread of the coefficients.
+  standardErrors(v, model, sums, nFolds, weight);
+  return kDone;
+}
+
+}  // namespace
+
+void PlsCmp(const double* data, const std::int32_t* nRows, const std::int32_t* /*m*/, const std::int32_t* nDescriptors,
+            const std::int32_t* nResponses, double* scores, double* weights, double* loadings, double* respWeights,
+            double* innerCoef, std::int32_t* status) {
+  const std::int32_t n = std::max(*nRows, 0), p = std::max(*nDescriptors, 0), q = std::max(*nResponses, 0);
+  Scratch<double> u(n), uBefore(n), samples(area(n, std::ptrdiff_t{p} + q));
+  Scratch<std::int32_t> rows(n);
+  if (!obtained(u, uBefore, samples, rows)) {
+    *status = kNoScratch;
+    return;
+  }
+  std::iota(rows.data(), rows.data() + n, 1);
+  PlsData current(samples.data(), n, p, q);
+  takeSamples({data, n}, rows.data(), current);
+  PlsComponent component{scores, weights, loadings, respWeights, innerCoef};
+  rowSums(current.x, u.data(), startVector(current, u.data()), weights);
+  *status = extractComponent(current, component, u.data(), uBefore.data());
+}
+
+void PlsPrd(double* sampleWork, const std::int32_t* nUse, const std::int32_t* nDescriptors, const std::int32_t* nModel,
+            const double* respColumn, const double* inner, const double* weights, const double* loadings,
+            double* contrib, double* cumulative) {
+  const std::int32_t p = std::max(*nDescriptors, 0);
+  const Matrix sample{sampleWork, p};
+  const ConstMatrix w{weights, p}, l{loadings, p};
+  for (std::int32_t a = 0; a < *nUse; ++a) {
+    double t = 0.0;
+    for (std::int32_t j = 0; j < p; ++j) t += sample(j, a) * w(j, a);
+    contrib[a] = inner[a] * respColumn[a] * t;
+    cumulative[a] = a == 0 ? contrib[a] : cumulative[a - 1] + contrib[a];
+    for (std::int32_t j = 0; a + 1 < *nModel && j < p; ++j) sample(j, a + 1) = sample(j, a) - t * l(j, a);
+  }
+}
+
+void PlsFit(double* data, const std::int32_t* nRows, const std::int32_t* /*m*/, const std::int32_t* nDescriptors,
+            const std::int32_t* nResponses, const std::int32_t* nComponents, double* weights, double* loadings,
+            double* respWeights, double* inner, double* coefs, std::int32_t* status) {
+  const std::int32_t n = std::max(*nRows, 0), p = std::max(*nDescriptors, 0), q = std::max(*nResponses, 0);
+  const std::int32_t nModel = std::max(*nComponents, 0);
+  FitScratch scratch(n, p, q, nModel);
+  if (!scratch) {
+    *status = kNoScratch;
+    return;
+  }
+  const PlsModel model{
+      p, q, nModel, {weights, p}, {loadings, p}, {respWeights, nModel}, inner, scratch.scoreSquares.data()};
+  *status = fit({data, n}, n, model, coefs, scratch);
+}
+
+void PlsCvl(const double* data, const std::int32_t* rowTags, double* work, std::int32_t* workTags,
+            std::int32_t* rowOrder, const std::int32_t* rowUse, const std::int32_t* nRows, const std::int32_t* nColumns,
+            const std::int32_t* nResponses, const std::int32_t* nDescriptors, const std::int32_t* nComputed,
+            const std::int32_t* nComponents, const double* /*scales*/, const double* /*means*/,
+            const std::int32_t* /*scaled*/, double* press, double* coefErrors, double* sampleWork, double* foldCoefs,
+            double* weights, double* loadings, double* respWeights, double* inner, double* s1, double* s2,
+            std::int32_t* status, ProgressMonitor* const* monitor, std::int32_t* continueFlag) {
+  *continueFlag = 1;
+  *status = kSingular;
+  const std::int32_t n = std::max(*nRows, 0), p = std::max(*nDescriptors, 0), q = std::max(*nResponses, 0);
+  const std::int32_t nModel = std::max(*nComponents, 0), nUsed = std::clamp(*nComputed, 0, nModel);
+  if (*nColumns < std::int64_t{p} + q) return;
+  CvlScratch scratch(n, p, q, nModel);
+  if (!scratch) {
+    *status = kNoScratch;
+    return;
+  }
+  const PlsModel model{
+      p, q, nModel, {weights, p}, {loadings, p}, {respWeights, nModel}, inner, scratch.fit.scoreSquares.data()};
+  const PlsValidation validation{{data, n}, rowUse,       n,        *nColumns,       p,         q, nUsed,
+                                 monitor,   continueFlag, rowOrder, {press, nModel}, coefErrors};
+  *status = runFolds(validation, model, {rowTags, {work, n}, workTags, sampleWork, foldCoefs, s1, s2}, scratch);
+}
+
+}  // namespace studystats::core
