@@ -49,7 +49,10 @@ void DaCore(const double* data, const std::int32_t* classOf, std::int32_t* model
   *continueFlag = 1;
   *status = kSingular;
   const std::int32_t n = *nSamples, p = *nVars, g = *classCount;
-  if (p < 0 || g < 1 || n <= g) return;
+  if (p < 0 || g < 1 || n <= g) {
+    *nSteps = 0;
+    return;
+  }
   DaScratch scratch(n, p, g);
   if (!scratch) {
     *status = kNoScratch;
@@ -168,7 +171,7 @@ void DaConf(const double* data, const std::int32_t* classOf, const std::int32_t*
     const std::int32_t own = classOf[row - 1];
     std::int32_t nearest = 0;
     DaNear(data, ldData, ldVar, p, selected, means, winv, &row, &nearest, nullptr, &storeDistances);
-    if (nearest >= 1 && own >= 1 && own <= nClasses) ++counts(own - 1, nearest - 1);
+    if (nearest >= 1 && isClass(own, nClasses)) ++counts(own - 1, nearest - 1);
   }
 }
 

@@ -3,6 +3,7 @@
 #include "analyses/da/da.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "analyses/da/canonical.h"
 #include "numeric/status.h"
@@ -29,14 +30,14 @@ std::int32_t packModel(const DaAnalysis& v, DaScratch& s) {
 void countClasses(const DaAnalysis& v, std::int32_t* classSize) {
   std::fill_n(classSize, v.g, 0);
   for (std::int32_t i = 0; i < v.n; ++i)
-    if (v.classOf[i] >= 1 && v.classOf[i] <= v.g) ++classSize[v.classOf[i] - 1];
+    if (isClass(v.classOf[i], v.g)) ++classSize[v.classOf[i] - 1];
 }
 
 bool modelCanBePooled(const DaAnalysis& v) {
   std::int32_t n = 0;
   for (std::int32_t i = 0; i < v.n; ++i) {
     if (v.inModel[i] != 1) continue;
-    if (v.classOf[i] < 1 || v.classOf[i] > v.g) return false;
+    if (!isClass(v.classOf[i], v.g)) return false;
     ++n;
   }
   return n > v.g;
@@ -67,11 +68,12 @@ std::int32_t fitModel(const DaAnalysis& v, DaScratch& s, const DaModelOutputs& o
 // Fractions of the held-out samples whose nearest class was their own, in 32 bits. The plan's weight brings the count
 // back to one prediction a sample; all samples are the divisor, those outside the model, too.
 void summariseValidation(const DaAnalysis& v, DaScratch& s, const DaModelOutputs& out) {
-  std::int32_t nCorrect = 0;
+  std::int64_t nCorrect = 0;
   for (std::int32_t c = 0; c < v.g; ++c) {
     nCorrect += s.correct[c];
     out.classFraction[c] = static_cast<float>(s.correct[c]) / static_cast<float>(s.validated[c]);
   }
+  nCorrect = std::min<std::int64_t>(nCorrect, std::numeric_limits<std::int32_t>::max());
   *out.fractionCorrect = static_cast<float>(cvPressWeight) * static_cast<float>(nCorrect) / static_cast<float>(v.n);
 }
 
@@ -90,6 +92,7 @@ std::int32_t classifyAll(const DaAnalysis& v, DaScratch& s) {
 }  // namespace
 
 std::int32_t discriminate(const DaAnalysis& analysis, const DaModelOutputs& out, DaScratch& scratch) {
+  *out.steps.nSteps = 0;
   if (!modelCanBePooled(analysis)) return kSingular;
 
   // 1. The model on all model samples.

@@ -22,6 +22,8 @@ struct DaMoments {
   ConstMatrix means, within;
 };
 
+inline bool isClass(std::int32_t number, std::int32_t g) { return number >= 1 && number <= g; }
+
 // Length of the scratch memory that the sums of products of p variables work in.
 std::ptrdiff_t productScratch(std::int32_t p);
 
