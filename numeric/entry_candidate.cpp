@@ -167,6 +167,7 @@ void EntCand(const double* x, const std::int32_t* ldx, const std::int32_t* nCols
              const std::int32_t* inList, const double* c, const double* inv, const double* r, const float* corrLimit,
              const double* means, const double* rss, const double* meanResid, std::int32_t* enter,
              std::int32_t* status) {
+  *enter = 0;
   CandidateScratch scratch(*nObs, *nIn);
   *status = scratch ? kDone : kNoScratch;
   if (!scratch) return;

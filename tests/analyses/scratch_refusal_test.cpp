@@ -12,6 +12,10 @@
 #include <new>
 #include <vector>
 
+#include "numeric/least_squares.h"
+
+namespace core = studystats::core;
+
 namespace {
 
 int requestsUntilRefusal = -1;  // -1: nothing is refused
@@ -195,6 +199,19 @@ TEST(ScratchSizes, ThatOverflowAreMemoryThatCannotBeHad) {
     PCAnal(nullptr, 1, p, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, &status);
     EXPECT_EQ(status, 5) << p;
   }
+}
+
+TEST(Routines, AnswerARefusalBeforeTheyLookAtAnything) {
+  const std::int32_t n = 4, p = 3, nOut = 1, nIn = 1;
+  const float corrLimit = 1;
+  const double number = 1;
+  std::int32_t enter = -7, status = -7;
+  requestsUntilRefusal = 0;
+  core::EntCand(nullptr, &n, &p, &n, &nOut, nullptr, nullptr, &nIn, nullptr, nullptr, nullptr, nullptr, &corrLimit,
+                nullptr, &number, &number, &enter, &status);
+  requestsUntilRefusal = -1;
+  EXPECT_EQ(status, 5);
+  EXPECT_EQ(enter, 0);
 }
 
 class Reports : public testing::TestWithParam<Analysis> {};
