@@ -18,6 +18,21 @@ std::int32_t nClasses = 0;
 
 namespace {
 
+// For a model and sums of products beside it.
+struct ScatterScratch {
+  ScatterScratch(Arena& arena, std::int32_t n, std::int32_t p)
+      : model(arena, n, p), products(arena, productScratch(p)), means(arena, p) {}
+  SubsetModel model;
+  Array<double> products, means;
+};
+
+// For a model and its canonical functions.
+struct ClassifierScratch {
+  ClassifierScratch(Arena& arena, std::int32_t n, std::int32_t p) : model(arena, n, p), canonical(arena, p) {}
+  SubsetModel model;
+  CanonicalScratch canonical;
+};
+
 // The inverse that model.block holds, at the variables' own positions.
 void storeBlock(SubsetModel& model, Matrix winv) {
   const ConstMatrix block{model.block.data(), model.m};
@@ -53,7 +68,7 @@ void DaCore(const double* data, const std::int32_t* classOf, std::int32_t* model
     *nSteps = 0;
     return;
   }
-  DaScratch scratch(n, p, g);
+  Obtained<DaScratch> scratch(n, p, g);
   if (!scratch) {
     *status = kNoScratch;
     return;
@@ -77,7 +92,7 @@ void DaCore(const double* data, const std::int32_t* classOf, std::int32_t* model
                            .confusion = {confusion, g},
                            .fractionCorrect = cvFractionCorrect,
                            .classFraction = cvClassFraction};
-  *status = discriminate(analysis, out, scratch);
+  *status = discriminate(analysis, out, *scratch);
 }
 
 void DaPool(const double* data, const std::int32_t* classOf, const std::int32_t* ldData, const std::int32_t* ldVar,
@@ -119,27 +134,27 @@ void DaNear(const double* data, const std::int32_t* ldData, const std::int32_t* 
 
 void DaInv(const std::int32_t* p, const std::int32_t* ldVar, const std::int32_t* selected, const double* within,
            double* winv, double* /*work*/, std::int32_t* status) {
-  SubsetModel model(0, *p);
+  Obtained<SubsetModel> model(0, *p);
   *status = model ? kDone : kNoScratch;
   if (!model) return;
-  chooseVariables(selected, *p, model);
-  *status = invertCovariance({within, *ldVar}, model);
-  if (*status == kDone) storeBlock(model, {winv, *ldVar});
+  chooseVariables(selected, *p, *model);
+  *status = invertCovariance({within, *ldVar}, *model);
+  if (*status == kDone) storeBlock(*model, {winv, *ldVar});
 }
 
 void DaEval(const double* data, const std::int32_t* classOf, const std::int32_t* ldData, const std::int32_t* ldVar,
             const std::int32_t* n, const std::int32_t* p, const std::int32_t* selected, const double* means,
             const double* within, double* winv, double* /*work*/, float* fraction, float* classFraction, float* distSum,
             const std::int32_t* classSize, std::int32_t* status) {
-  SubsetModel model(*n, *p);
+  Obtained<SubsetModel> model(*n, *p);
   *status = model ? kDone : kNoScratch;
   if (!model) return;
   const DaSamples samples{{data, *ldData}, classOf, classSize, *n, *p, nClasses};
-  const SubsetFit fit{samples, {{means, *ldVar}, {within, *ldVar}}, model};
+  const SubsetFit fit{samples, {{means, *ldVar}, {within, *ldVar}}, *model};
   *status = fit.take(selected);
   if (*status == kSingular) std::fill_n(classFraction, std::max(nClasses, 0), 0.0F);
   if (*status != kDone) return;
-  storeInverse(model, {winv, *ldVar});
+  storeInverse(*model, {winv, *ldVar});
   *fraction = fit.fractionCorrect();
   *distSum = fit.separation();
   fit.classFractions(classFraction, 1);
@@ -150,15 +165,14 @@ void DaStep(const double* data, const std::int32_t* classOf, const std::int32_t*
             const std::int32_t* nSelect, std::int32_t* selected, double* within, double* means, double* winv,
             std::int32_t* nSteps, std::int32_t* selectOrder, float* stepFraction, float* stepClassFraction,
             double* /*work*/, const std::int32_t* classSize, std::int32_t* status) {
-  SubsetModel model(*n, *p);
-  Scratch<double> products(productScratch(*p));
-  *status = obtained(model, products) ? kDone : kNoScratch;
-  if (*status != kDone) return;
+  Obtained<ScatterScratch> scratch(*n, *p);
+  *status = scratch ? kDone : kNoScratch;
+  if (!scratch) return;
   const DaSamples samples{{data, *ldData}, classOf, classSize, *n, std::max(*p, 0), nClasses};
   const DaSteps steps{nSteps, selectOrder, stepFraction, {stepClassFraction, *ldVar}};
   *status = selectSubset(samples, {*selectMode, *nSelect, *maxSteps}, selected, {means, *ldVar}, {within, *ldVar},
-                         products.data(), &steps, model);
-  if (*status == kDone) storeInverse(model, {winv, *ldVar});
+                         scratch->products.data(), &steps, scratch->model);
+  if (*status == kDone) storeInverse(scratch->model, {winv, *ldVar});
 }
 
 void DaConf(const double* data, const std::int32_t* classOf, const std::int32_t* ldData, const std::int32_t* ldVar,
@@ -178,13 +192,12 @@ void DaConf(const double* data, const std::int32_t* classOf, const std::int32_t*
 void DaScat(const double* data, const std::int32_t* ldData, const std::int32_t* n, const std::int32_t* p,
             const std::int32_t* selected, const double* within, double* withinSS, double* between,
             std::int32_t* status) {
-  SubsetModel model(0, *p);
-  Scratch<double> products(productScratch(*p)), variableMeans(*p);
-  *status = obtained(model, products, variableMeans) ? kDone : kNoScratch;
-  if (*status != kDone) return;
-  chooseVariables(selected, *p, model);
-  scatterMatrices({{data, *ldData}, nullptr, nullptr, *n, *p, nClasses}, {within, *p}, model, variableMeans.data(),
-                  products.data(), {withinSS, *p}, {between, *p});
+  Obtained<ScatterScratch> scratch(0, *p);
+  *status = scratch ? kDone : kNoScratch;
+  if (!scratch) return;
+  chooseVariables(selected, *p, scratch->model);
+  scatterMatrices({{data, *ldData}, nullptr, nullptr, *n, *p, nClasses}, {within, *p}, scratch->model,
+                  scratch->means.data(), scratch->products.data(), {withinSS, *p}, {between, *p});
 }
 
 void SubMat(const std::int32_t* index, const double* a, const std::int32_t* lda, const std::int32_t* ldb,
@@ -200,11 +213,11 @@ void DaCanon(const double* data, std::int32_t* tags, const std::int32_t* ldData,
              std::int32_t* nCanonical, double* canonValues, double* canonVectors, const double* means,
              const double* winv, const double* withinSS, const double* between, float* distances, double* work1,
              double* work2, std::int32_t* status) {
-  SubsetModel model(*n, *p);
-  CanonicalScratch scratch(*p);
-  *status = obtained(model, scratch) ? kDone : kNoScratch;
-  if (*status != kDone) return;
+  Obtained<ClassifierScratch> scratch(*n, *p);
+  *status = scratch ? kDone : kNoScratch;
+  if (!scratch) return;
 
+  SubsetModel& model = scratch->model;
   chooseVariables(selected, *p, model);
   if (model.m < 1) {
     *status = kSingular;
@@ -219,7 +232,7 @@ void DaCanon(const double* data, std::int32_t* tags, const std::int32_t* ldData,
     onlyCanonicalFunction(out);
   else if ((*final & 1) != 0)
     *status = canonicalFunctions(model, nClasses, {{withinSS, *ldVar}, {between, *ldVar}}, out, {work1, *ldVar},
-                                 {work2, *ldVar}, scratch);
+                                 {work2, *ldVar}, scratch->canonical);
 }
 
 }  // namespace studystats::core

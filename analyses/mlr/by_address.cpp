@@ -20,8 +20,7 @@ void StepReg(const double* x, const std::int32_t* ldx, const std::int32_t* nCols
              std::int32_t* stepVar, std::int32_t* nSteps, float* fStart, float* sStart, float* stepPartialF,
              float* stepF, float* stepS, std::int32_t* status, std::int32_t* inList, std::int32_t* outList) {
   const SelectionRules rules{*fEnter, *fRemove, *corrLimit, std::max(*maxSteps, 0)};
-  const auto nStart = static_cast<std::int32_t>(std::count(flags, flags + std::max(*m, 0), 1));
-  FitScratch scratch(*nObs, mostVariables(nStart, *m, rules));
+  Obtained<FitScratch> scratch(*nObs, *m);
   if (!scratch) {
     *nSteps = 0;
     *status = kNoScratch;
@@ -31,7 +30,7 @@ void StepReg(const double* x, const std::int32_t* ldx, const std::int32_t* nCols
   ColumnProducts products(ConstMatrix{c, *nCols}, ConstMatrix{r, *nCols});
   const FitArrays model{coef, intercept, {inv, *nCols}, t, inList, outList};
   const StepHistory history{fStart, sStart, stepPartialF, stepF, stepS, stepAction, stepVar, nSteps};
-  *status = selectVariables(rows, products, rules, flags, model, &history, scratch);
+  *status = selectVariables(rows, products, rules, flags, model, &history, *scratch);
 }
 
 }  // namespace studystats::core

@@ -20,14 +20,14 @@ void PcaCore(const double* data, const std::int32_t* nRows, const std::int32_t* 
   const std::int32_t n = *nRows, p = *nVars;
   *status = kSingular;
   if (n < 1 || p < 1) return;
-  PcaScratch scratch(p);
+  Obtained<PcaScratch> scratch(p);
   if (!scratch) {
     *status = kNoScratch;
     return;
   }
   const PcaOutputs out{nComponents,       eigenvalues, {eigenvectors, p}, {covariance, p},
                        {cumExplained, p}, {scores, n}, scoreMeans,        scoreStdDevs};
-  *status = principalComponents({data, n}, n, p, out, scratch);
+  *status = principalComponents({data, n}, n, p, out, *scratch);
 }
 
 }  // namespace studystats::core

@@ -17,16 +17,12 @@ struct PcaOutputs {
   double *scoreMeans, *scoreStdDevs;
 };
 
-// p variables. Gigabytes of vectors are no use without their matrix, so they are not asked for when it is refused.
+// For p variables.
 struct PcaScratch {
-  explicit PcaScratch(std::int32_t p)
-      : crossProducts(area(p, p)),
-        means(crossProducts ? p : 0),
-        work1(crossProducts ? p : 0),
-        work2(crossProducts ? p : 0) {}
-  explicit operator bool() const { return obtained(crossProducts, means, work1, work2); }
+  PcaScratch(Arena& arena, std::int32_t p)
+      : crossProducts(arena, area(p, p)), means(arena, p), work1(arena, p), work2(arena, p) {}
 
-  Scratch<double> crossProducts, means, work1, work2;
+  Array<double> crossProducts, means, work1, work2;
 };
 
 // The analysis of n samples and p variables, one at least of both: kDone, or the number of the eigenvalue that did not
