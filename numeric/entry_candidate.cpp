@@ -128,11 +128,11 @@ bool collinear(const CandidateQuestion& s, const ColumnProducts& c, std::int32_t
 
 }  // namespace
 
-CandidateScratch::CandidateScratch(std::int32_t nRows, std::int32_t nVariables)
-    : weights(area(paddedModel(nVariables), kCandidates)),
-      products(area(nVariables, kCandidates)),
-      modelRows(area(paddedModel(nVariables), kRows)),
-      residual(nRows) {}
+CandidateScratch::CandidateScratch(Arena& arena, std::int32_t nRows, std::int32_t nVariables)
+    : weights(arena, area(paddedModel(nVariables), kCandidates)),
+      products(arena, area(nVariables, kCandidates)),
+      modelRows(arena, area(paddedModel(nVariables), kRows)),
+      residual(arena, nRows) {}
 
 std::int32_t findEntryCandidate(const CandidateQuestion& s, const ColumnProducts& products, CandidateScratch& scratch) {
   const std::ptrdiff_t nModel = paddedModel(s.nIn);
@@ -167,7 +167,8 @@ void EntCand(const double* x, const std::int32_t* ldx, const std::int32_t* nCols
              const std::int32_t* inList, const double* c, const double* inv, const double* r, const float* corrLimit,
              const double* means, const double* rss, const double* meanResid, std::int32_t* enter,
              std::int32_t* status) {
-  CandidateScratch scratch(*nObs, *nIn);
+  *enter = 0;
+  Obtained<CandidateScratch> scratch(*nObs, *nIn);
   *status = scratch ? kDone : kNoScratch;
   if (!scratch) return;
   const ColumnProducts products(ConstMatrix{c, *nCols}, ConstMatrix{r, *nCols});
@@ -183,7 +184,7 @@ void EntCand(const double* x, const std::int32_t* ldx, const std::int32_t* nCols
                                .resid = resid,
                                .rss = *rss,
                                .meanResid = *meanResid},
-                              products, scratch);
+                              products, *scratch);
 }
 
 }  // namespace studystats::core

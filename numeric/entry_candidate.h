@@ -11,13 +11,12 @@ namespace studystats::core {
 
 // Scratch for models of up to nVariables variables on nRows rows.
 struct CandidateScratch {
-  CandidateScratch(std::int32_t nRows, std::int32_t nVariables);
-  explicit operator bool() const { return obtained(weights, products, modelRows, residual); }
+  CandidateScratch(Arena& arena, std::int32_t nRows, std::int32_t nVariables);
 
-  Scratch<double> weights;    // of the model variables (rows) in the regression of each candidate (columns) on them
-  Scratch<double> products;   // cross-products of the same
-  Scratch<double> modelRows;  // values of the model variables in a few rows of the data
-  Scratch<double> residual;   // centred residuals of the model
+  Array<double> weights;    // of the model variables (rows) in the regression of each candidate (columns) on them
+  Array<double> products;   // cross-products of the same
+  Array<double> modelRows;  // values of the model variables in a few rows of the data
+  Array<double> residual;   // centred residuals of the model
 };
 
 // A fitted model and the variables that might join it; lists count variables from 1.

@@ -111,7 +111,7 @@ void RegFit(const double* x, const std::int32_t* ldx, const std::int32_t* nCols,
             const double* r, const float* corrLimit, double* coef, double* intercept, std::int32_t* enter,
             std::int32_t* weakest, double* t, float* fStat, float* sEst, std::int32_t* status, std::int32_t* inList,
             std::int32_t* outList) {
-  FitScratch scratch(*nObs, static_cast<std::int32_t>(std::count(flags, flags + std::max(*yCol - 1, 0), 1)));
+  Obtained<FitScratch> scratch(*nObs, std::max(*yCol, 1) - 1);
   *status = scratch ? kDone : kNoScratch;
   if (!scratch) return;
 
@@ -119,9 +119,9 @@ void RegFit(const double* x, const std::int32_t* ldx, const std::int32_t* nCols,
   const FitArrays out{coef, intercept, {inv, *nCols}, t, inList, outList};
   ColumnProducts products(ConstMatrix{c, *nCols}, ConstMatrix{r, *nCols});
   FitNumbers fit;
-  *status = fitModel(rows, products, flags, out, scratch, fit);
+  *status = fitModel(rows, products, flags, out, *scratch, fit);
   if (*status != kDone) return;
-  *enter = entryCandidate(rows, products, *corrLimit, out, fit, scratch);
+  *enter = entryCandidate(rows, products, *corrLimit, out, fit, *scratch);
   *weakest = fit.weakest;
   *fStat = fit.fStat;
   *sEst = fit.sEst;

@@ -50,7 +50,7 @@ void RegFit(const double* x, const std::int32_t* ldx, const std::int32_t* nCols,
 // (plus 1e-5), the one with the largest squared partial correlation with the response given the model. Ties go to the
 // later variable; one that is not a number never wins; 0 when there is none.
 // resid (nObs), rss and meanResid are the residuals of the model's fit, their sum of squares and their mean.
-// status: 0; 5.
+// status: 0; 5, and then enter is 0.
 void EntCand(const double* x, const std::int32_t* ldx, const std::int32_t* nCols, const std::int32_t* nObs,
              const std::int32_t* nOut, const std::int32_t* outList, const double* resid, const std::int32_t* nIn,
              const std::int32_t* inList, const double* c, const double* inv, const double* r, const float* corrLimit,

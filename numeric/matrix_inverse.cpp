@@ -102,8 +102,8 @@ std::int32_t invert(std::int32_t n, Matrix a, InverseScratch& s) {
 }
 
 void InvMat(const std::int32_t* n, const std::int32_t* ld, double* a, std::int32_t* status) {
-  InverseScratch scratch(*n);
-  *status = scratch ? invert(*n, Matrix{a, *ld}, scratch) : kNoScratch;
+  Obtained<InverseScratch> scratch(*n);
+  *status = scratch ? invert(*n, Matrix{a, *ld}, *scratch) : kNoScratch;
 }
 
 }  // namespace studystats::core

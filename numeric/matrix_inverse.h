@@ -11,12 +11,11 @@ namespace studystats::core {
 
 // Scratch for matrices up to n x n.
 struct InverseScratch {
-  explicit InverseScratch(std::int32_t n) : from(n), to(n), done(n), largest(n) {}
-  explicit operator bool() const { return obtained(from, to, done, largest); }
+  InverseScratch(Arena& arena, std::int32_t n) : from(arena, n), to(arena, n), done(arena, n), largest(arena, n) {}
 
-  Scratch<std::int32_t> from, to;  // the column swaps
-  Scratch<double> done;            // 1 for a row that has had its pivot
-  Scratch<double> largest;         // per column, the largest magnitude among the rows that have not
+  Array<std::int32_t> from, to;  // the column swaps
+  Array<double> done;            // 1 for a row that has had its pivot
+  Array<double> largest;         // per column, the largest magnitude among the rows that have not
 };
 
 // Replaces the leading n x n block of a by its inverse; kDone or kSingular, as InvMat describes them.

@@ -24,11 +24,10 @@ struct RegressionRows {
 
 // Scratch for fits of up to nVariables model variables on nRows rows.
 struct FitScratch {
-  FitScratch(std::int32_t nRows, std::int32_t nVariables)
-      : fitted(nRows), resid(nRows), inverse(nVariables), candidate(nRows, nVariables) {}
-  explicit operator bool() const { return obtained(fitted, resid, inverse, candidate); }
+  FitScratch(Arena& arena, std::int32_t nRows, std::int32_t nVariables)
+      : fitted(arena, nRows), resid(arena, nRows), inverse(arena, nVariables), candidate(arena, nRows, nVariables) {}
 
-  Scratch<double> fitted, resid;
+  Array<double> fitted, resid;
   InverseScratch inverse;
   CandidateScratch candidate;
 };

@@ -78,7 +78,7 @@ void VldSet(double* data, const std::int32_t* labels, std::int32_t* rowIds, cons
             const std::int32_t* keyColumn, std::int32_t* status) {
   *status = kDone;
   Scratch<std::int32_t> inverse(*n);
-  if (!obtained(inverse)) {
+  if (!inverse) {
     *status = kNoScratch;
     return;
   }

@@ -16,10 +16,11 @@ void scatterMatrices(const DaSamples& samples, ConstMatrix within, SubsetModel& 
                      double* products, Matrix withinSS, Matrix between);
 
 struct CanonicalScratch {
-  explicit CanonicalScratch(std::int32_t p) : withinValues(p), values(p), work1(p), work2(p), rows(area(p, p)) {}
-  explicit operator bool() const { return obtained(withinValues, values, work1, work2, rows); }
-  Scratch<double> withinValues, values, work1, work2;
-  Scratch<double> rows;  // whitening vectors, row after row
+  CanonicalScratch(Arena& arena, std::int32_t p)
+      : withinValues(arena, p), values(arena, p), work1(arena, p), work2(arena, p), rows(arena, area(p, p)) {}
+
+  Array<double> withinValues, values, work1, work2;
+  Array<double> rows;  // whitening vectors, row after row
 };
 
 struct ScatterMatrices {

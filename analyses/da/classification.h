@@ -1,7 +1,7 @@
 // Classification by a discriminant model, and what summarises it: confusion matrix, scatter matrices, canonical
 // functions.
 //
-// Classes, leading dimensions and the arrays of a model are those of selection.h.
+// Classes, leading dimensions and the arrays of a model are those of by_address.h.
 #pragma once
 
 #include <cstdint>

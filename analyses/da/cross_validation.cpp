@@ -5,6 +5,8 @@
 #include "analyses/da/cross_validation.h"
 
 #include <algorithm>
+#include <limits>
+#include <numeric>
 
 #include "numeric/sorting.h"
 #include "numeric/status.h"
@@ -16,15 +18,14 @@ namespace {
 constexpr std::int32_t kOneSampleAGroup = 0;
 
 // Makes the plan and sorts modelRows by class, equal classes in increasing row number: dealt along this order, every
-// group gets its share of each class. The builder of systematic groups reads its marks of usable rows by position, that
-// of random subsets by row: they are laid out so that both mean the row.
+// group gets its share of each class. Rows outside the model stand behind all classes. The builder of systematic groups
+// reads its marks of usable rows by position, that of random subsets by row: they are laid out so that both mean the
+// row.
 void orderForValidation(const DaAnalysis& v, DaScratch& s) {
   VldPln(&v.n);
-  std::int32_t nListed = 0;
-  for (const bool inside : {true, false})
-    for (std::int32_t i = 0; i < v.n; ++i)
-      if ((v.inModel[i] == 1) == inside) v.modelRows[nListed++] = i + 1;
-  for (std::int32_t i = 0; i < v.n; ++i) s.keys[i] = v.classOf[v.modelRows[i] - 1];
+  const double behindAll = v.g + 1.0;
+  std::iota(v.modelRows, v.modelRows + v.n, 1);
+  for (std::int32_t i = 0; i < v.n; ++i) s.keys[i] = v.inModel[i] == 1 ? v.classOf[i] : behindAll;
   sortColumn(s.keys.data(), v.modelRows, v.n, false, s.sortBuffer.data());
 
   std::copy_n(v.modelRows, v.n, s.order.data());
@@ -34,6 +35,11 @@ void orderForValidation(const DaAnalysis& v, DaScratch& s) {
   }
 }
 
+// Samples outside the model are held out by every fold, so that a tally may exceed its integer.
+void countUp(std::int32_t& tally) {
+  if (tally < std::numeric_limits<std::int32_t>::max()) ++tally;
+}
+
 void clearOutputs(const DaAnalysis& v, DaScratch& s) {
   std::fill_n(v.selCount, v.p, 0);
   for (std::int32_t c = 0; c < v.g; ++c) std::fill_n(v.confusion.column(c), v.g, 0);
@@ -41,14 +47,16 @@ void clearOutputs(const DaAnalysis& v, DaScratch& s) {
   std::fill_n(s.correct.data(), v.g, 0);
 }
 
-// The selection on the training samples of a fold, counted from 0.
+// The selection on the training samples of a fold, counted from 0. Their classes are looked at again: the host, which
+// has been told of the fold, may have changed them, or the settings that say who trains.
 std::int32_t fitFold(const DaAnalysis& v, DaScratch& s, std::int32_t fold) {
   const std::int32_t group = fold + 1;
   std::int32_t nTrain = 0;
   VldTrn(v.data.data, v.classOf, s.samples.data(), s.tags.data(), s.order.data(), s.heldOut.data(), s.usable.data(),
          &v.n, &v.p, &nTrain, &group);
   std::fill_n(s.classSize.data(), v.g, 0);
-  for (std::int32_t i = 0; i < nTrain; ++i) ++s.classSize[s.tags[i] - 1];
+  for (std::int32_t i = 0; i < nTrain; ++i)
+    if (isClass(s.tags[i], v.g)) ++s.classSize[s.tags[i] - 1];
 
   const DaSamples training{{s.samples.data(), v.n}, s.tags.data(), s.classSize.data(), nTrain, v.p, v.g};
   return selectSubset(training, v.rules, s.foldSelected.data(), {s.fold.means.data(), v.p}, {s.fold.within.data(), v.p},
@@ -75,11 +83,11 @@ void classifyHeldOut(const DaAnalysis& v, DaScratch& s) {
   nearestClasses({s.samples.data(), v.n}, nHeld, {s.fold.means.data(), v.p}, v.g, model, v.distances);
   if (model.m == 1) onlyCanonicalFunction(v.canonical);
   for (std::int32_t i = 0; i < nHeld; ++i) {
-    if (s.tags[i] < 1 || s.tags[i] > v.g) continue;
+    if (!isClass(s.tags[i], v.g)) continue;
     const std::int32_t own = s.tags[i] - 1, predicted = model.nearest[i] - 1;
-    ++v.confusion(own, predicted);
-    ++s.validated[own];
-    s.correct[own] += predicted == own ? 1 : 0;
+    countUp(v.confusion(own, predicted));
+    countUp(s.validated[own]);
+    if (predicted == own) countUp(s.correct[own]);
   }
 }
 

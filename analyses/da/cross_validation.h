@@ -22,7 +22,7 @@ struct DaAnalysis {
   std::int32_t* continueFlag;
 
   // out
-  std::int32_t* modelRows;             // n: rows in the model in increasing order, then the others; sorted by class
+  std::int32_t* modelRows;             // n: rows in the model by class, ties in increasing order; then the others
   std::int32_t* selCount;              // by variable: folds whose own selection chose it
   MatrixView<std::int32_t> confusion;  // g x g, true class by predicted class, of the held-out samples
   MatrixView<float> distances;         // n x g; each fold writes its held-out samples' from row 1 on

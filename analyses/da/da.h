@@ -1,20 +1,27 @@
-// Discriminant analysis behind its entry point.
+// Discriminant analysis: selection of variables and classifier on all model samples, cross-validation of both, and the
+// classifier's canonical functions and distances.
 #pragma once
-
-#include <studystats/frame.h>
 
 #include <cstdint>
 
+#include "analyses/da/cross_validation.h"
+#include "analyses/da/scratch.h"
+#include "analyses/da/selection.h"
+#include "numeric/matrix_view.h"
+
 namespace studystats::core {
 
-// DisAnl (studystats/analyses.h) with every argument by address.
-void DaCore(const double* data, const std::int32_t* classOf, std::int32_t* modelRows, const std::int32_t* inModel,
-            const std::int32_t* nSamples, const std::int32_t* nVars, const std::int32_t* classCount,
-            const std::int32_t* selectMode, const std::int32_t* nSelect, const std::int32_t* method,
-            const std::int32_t* groups, const float* fraction, double* canonVectors, double* canonValues,
-            float* stepFraction, float* stepClassFraction, float* cvFractionCorrect, float* cvClassFraction,
-            float* distances, std::int32_t* selected, std::int32_t* cvSelCount, std::int32_t* selectOrder,
-            std::int32_t* confusion, std::int32_t* cvConfusion, std::int32_t* nSteps, std::int32_t* nCanonical,
-            std::int32_t* status, ProgressMonitor* const* progressMonitor, std::int32_t* continueFlag);
+// What the model on all model samples gives, and the shares of held-out samples classified correctly; the other outputs
+// are in DaAnalysis.
+struct DaModelOutputs {
+  DaSteps steps;
+  std::int32_t* selected;              // p
+  MatrixView<std::int32_t> confusion;  // g x g, resubstituted
+  float* fractionCorrect;
+  float* classFraction;  // g
+};
+
+// The analysis of more samples than classes; the status of DisAnl (studystats/analyses.h).
+std::int32_t discriminate(const DaAnalysis& analysis, const DaModelOutputs& out, DaScratch& scratch);
 
 }  // namespace studystats::core

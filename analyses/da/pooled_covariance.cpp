@@ -128,7 +128,7 @@ std::ptrdiff_t productScratch(std::int32_t p) {
 
 bool canBePooled(const DaSamples& s) {
   if (s.g < 1 || s.n <= s.g) return false;
-  return std::all_of(s.classOf, s.classOf + s.n, [&s](std::int32_t c) { return c >= 1 && c <= s.g; });
+  return std::all_of(s.classOf, s.classOf + s.n, [&s](std::int32_t c) { return isClass(c, s.g); });
 }
 
 void poolCovariance(const DaSamples& s, Matrix means, Matrix within, double* scratch) {

@@ -22,13 +22,15 @@ struct DaMoments {
   ConstMatrix means, within;
 };
 
+inline bool isClass(std::int32_t number, std::int32_t g) { return number >= 1 && number <= g; }
+
 // Length of the scratch memory that the sums of products of p variables work in.
 std::ptrdiff_t productScratch(std::int32_t p);
 
 // True when every class number lies in 1 ... g and more samples than classes are left to estimate a variance.
 bool canBePooled(const DaSamples& samples);
 
-// What DaPool (selection.h) computes, for samples that canBePooled: means has g columns, within as many as rows.
+// What DaPool (by_address.h) computes, for samples that canBePooled: means has g columns, within as many as rows.
 void poolCovariance(const DaSamples& samples, Matrix means, Matrix within, double* scratch);
 
 // c(a, b) = sum over the first n rows of the products of deviations from the means over those rows, of m variables

@@ -14,53 +14,48 @@ namespace studystats::core {
 
 // Class means, pooled covariance and model of one fit.
 struct DaFit {
-  DaFit(std::int32_t n, std::int32_t p, std::int32_t g) : means(area(p, g)), within(area(p, p)), model(n, p) {}
-  explicit operator bool() const { return obtained(means, within, model); }
+  DaFit(Arena& arena, std::int32_t n, std::int32_t p, std::int32_t g)
+      : means(arena, area(p, g)), within(arena, area(p, p)), model(arena, n, p) {}
 
-  Scratch<double> means, within;
+  Array<double> means, within;
   SubsetModel model;
 };
 
 struct DaScratch {
   // n samples, p variables, g classes.
-  DaScratch(std::int32_t n, std::int32_t p, std::int32_t g)
-      : full(n, p, g),
-        fold(n, p, g),
-        products(productScratch(p)),
-        variableMeans(p),
-        withinSS(area(p, p)),
-        between(area(p, p)),
-        canonical(p),
-        samples(area(n, p)),
-        tags(area(n, 2)),
-        classSize(g),
-        keys(n),
-        sortBuffer(n),
-        order(n),
-        usable(n),
-        heldOut(n),
-        foldSelected(p),
-        validated(g),
-        correct(g) {}
-
-  explicit operator bool() const {
-    return obtained(full, fold, products, variableMeans, withinSS, between, canonical, samples, tags, classSize, keys,
-                    sortBuffer, order, usable, heldOut, foldSelected, validated, correct);
-  }
+  DaScratch(Arena& arena, std::int32_t n, std::int32_t p, std::int32_t g)
+      : full(arena, n, p, g),
+        fold(arena, n, p, g),
+        products(arena, productScratch(p)),
+        variableMeans(arena, p),
+        withinSS(arena, area(p, p)),
+        between(arena, area(p, p)),
+        canonical(arena, p),
+        samples(arena, area(n, p)),
+        tags(arena, area(n, 2)),
+        classSize(arena, g),
+        keys(arena, n),
+        sortBuffer(arena, n),
+        order(arena, n),
+        usable(arena, n),
+        heldOut(arena, n),
+        foldSelected(arena, p),
+        validated(arena, g),
+        correct(arena, g) {}
 
   DaFit full, fold;  // of all model samples, and of the training samples of the current fold
-  Scratch<double> products, variableMeans, withinSS, between;
+  Array<double> products, variableMeans, withinSS, between;
   CanonicalScratch canonical;
 
-  Scratch<double> samples;          // packed: those of the model, of a training subset, or held out
-  Scratch<std::int32_t> tags;       // their classes in column 1
-  Scratch<std::int32_t> classSize;  // as the current fit counts them
+  Array<double> samples;          // packed: those of the model, of a training subset, or held out
+  Array<std::int32_t> tags;       // their classes in column 1
+  Array<std::int32_t> classSize;  // as the current fit counts them
 
   // Of the validation order and the folds.
-  Scratch<double> keys;
-  Scratch<SortEntry> sortBuffer;
-  Scratch<std::int32_t> order, usable, heldOut, foldSelected;
-  Scratch<std::int32_t> validated, correct;  // by class
+  Array<double> keys;
+  Array<SortEntry> sortBuffer;
+  Array<std::int32_t> order, usable, heldOut, foldSelected;
+  Array<std::int32_t> validated, correct;  // by class
 };
 
 }  // namespace studystats::core

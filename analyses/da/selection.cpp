@@ -1,4 +1,4 @@
-// Forward selection as told in selection.h. A candidate's scores are computed as the comparison asks for them: with
+// Forward selection as told in by_address.h. A candidate's scores are computed as the comparison asks for them: with
 // three classes or more few candidates come so near to the best that samples have to be classified.
 //
 // McLachlan, Discriminant Analysis and Statistical Pattern Recognition (1992), chapter 12.
@@ -10,8 +10,6 @@
 #include "numeric/status.h"
 
 namespace studystats::core {
-
-std::int32_t nClasses = 0;
 
 namespace {
 
@@ -27,45 +25,10 @@ struct Candidate {
   float fraction = 0.0F, distance = 0.0F;
 };
 
-// The samples of one fit, its moments, and the subset in hand.
-struct Fit {
-  const DaSamples& samples;
-  DaMoments moments;
-  SubsetModel& model;
-
-  // kDone, kSingular, or kNotConverged for no variable at all.
-  std::int32_t take(const std::int32_t* selected) const {
-    chooseVariables(selected, samples.p, model);
-    if (model.m < 1) return kNotConverged;
-    if (model.m > 1) return invertCovariance(moments.within, model);
-    invertVariance(moments.within, model);
-    return kDone;
-  }
-
-  // Classifies the samples; the share of those whose nearest class is their own.
-  float fractionCorrect() const {
-    nearestClasses(samples.x, samples.n, moments.means, samples.g, model, {nullptr, 0});
-    std::int32_t correct = 0;
-    for (std::int32_t i = 0; i < samples.n; ++i) correct += model.nearest[i] == samples.classOf[i] ? 1 : 0;
-    return static_cast<float>(correct) / static_cast<float>(samples.n);
-  }
-
-  float separation() const { return classSeparation(moments, samples.g, model); }
-
-  // Of the samples classified last, the shares by class; `stride` numbers from one class to the next.
-  void classFractions(float* shares, std::ptrdiff_t stride) const {
-    for (std::int32_t c = 1; c <= samples.g; ++c, shares += stride) {
-      std::int32_t correct = 0;
-      for (std::int32_t i = 0; i < samples.n; ++i) correct += samples.classOf[i] == c && model.nearest[i] == c ? 1 : 0;
-      *shares = static_cast<float>(std::min(correct, kMostCounted)) / static_cast<float>(samples.classSize[c - 1]);
-    }
-  }
-};
-
 bool withinTolerance(float a, float b) { return std::fabs(a - b) <= kTolerance; }
 
 // Whether the subset in hand beats the best; if it does, both its scores are filled in and its samples classified.
-bool beats(const Fit& fit, Candidate& candidate, const Candidate& best) {
+bool beats(const SubsetFit& fit, Candidate& candidate, const Candidate& best) {
   if (fit.samples.g == 2) {
     candidate.fraction = fit.fractionCorrect();
     const bool better = candidate.fraction > best.fraction;
@@ -82,7 +45,7 @@ bool beats(const Fit& fit, Candidate& candidate, const Candidate& best) {
 
 // The best variable to add, if any; kDone, or the status of the first subset that fails. Class fractions of the best go
 // to row `step` of steps.
-std::int32_t findCandidate(const Fit& fit, std::int32_t* selected, const DaSteps* steps, std::int32_t step,
+std::int32_t findCandidate(const SubsetFit& fit, std::int32_t* selected, const DaSteps* steps, std::int32_t step,
                            Candidate& best) {
   for (std::int32_t j = 0; j < fit.samples.p; ++j) {
     if (selected[j] == 1) continue;
@@ -111,7 +74,7 @@ bool complete(const DaRules& rules, std::int32_t nSteps, float fraction) {
   return rules.mode == kToCount && nSteps >= rules.nSelect;
 }
 
-std::int32_t selectForward(const Fit& fit, const DaRules& rules, std::int32_t* selected, const DaSteps* steps) {
+std::int32_t selectForward(const SubsetFit& fit, const DaRules& rules, std::int32_t* selected, const DaSteps* steps) {
   Candidate last;
   for (std::int32_t nSteps = 0;;) {
     Candidate best;
@@ -129,7 +92,7 @@ std::int32_t selectForward(const Fit& fit, const DaRules& rules, std::int32_t* s
   return fit.take(selected);
 }
 
-std::int32_t selectAll(const Fit& fit, const std::int32_t* selected, const DaSteps* steps) {
+std::int32_t selectAll(const SubsetFit& fit, const std::int32_t* selected, const DaSteps* steps) {
   const std::int32_t status = fit.take(selected);
   if (status != kDone || steps == nullptr) return status;
   steps->fraction[0] = fit.fractionCorrect();
@@ -139,21 +102,32 @@ std::int32_t selectAll(const Fit& fit, const std::int32_t* selected, const DaSte
   return kDone;
 }
 
-// The inverse that model.block holds, at the variables' own positions.
-void storeBlock(SubsetModel& model, Matrix winv) {
-  const ConstMatrix block{model.block.data(), model.m};
-  const std::int32_t* variables = model.variables.data();
-  for (std::int32_t b = 0; b < model.m; ++b)
-    for (std::int32_t a = 0; a < model.m; ++a) winv(variables[a], variables[b]) = block(a, b);
-}
-
-void storeInverse(SubsetModel& model, Matrix winv) {
-  if (model.m > 1) return storeBlock(model, winv);
-  const std::int32_t j = model.variables[0];
-  winv(j, j) = model.weights[0];
-}
-
 }  // namespace
+
+std::int32_t SubsetFit::take(const std::int32_t* selected) const {
+  chooseVariables(selected, samples.p, model);
+  if (model.m < 1) return kNotConverged;
+  if (model.m > 1) return invertCovariance(moments.within, model);
+  invertVariance(moments.within, model);
+  return kDone;
+}
+
+float SubsetFit::fractionCorrect() const {
+  nearestClasses(samples.x, samples.n, moments.means, samples.g, model, {nullptr, 0});
+  std::int32_t correct = 0;
+  for (std::int32_t i = 0; i < samples.n; ++i) correct += model.nearest[i] == samples.classOf[i] ? 1 : 0;
+  return static_cast<float>(correct) / static_cast<float>(samples.n);
+}
+
+float SubsetFit::separation() const { return classSeparation(moments, samples.g, model); }
+
+void SubsetFit::classFractions(float* shares, std::ptrdiff_t stride) const {
+  for (std::int32_t c = 1; c <= samples.g; ++c, shares += stride) {
+    std::int32_t correct = 0;
+    for (std::int32_t i = 0; i < samples.n; ++i) correct += samples.classOf[i] == c && model.nearest[i] == c ? 1 : 0;
+    *shares = static_cast<float>(std::min(correct, kMostCounted)) / static_cast<float>(samples.classSize[c - 1]);
+  }
+}
 
 std::int32_t selectSubset(const DaSamples& samples, const DaRules& rules, std::int32_t* selected, Matrix means,
                           Matrix within, double* products, const DaSteps* steps, SubsetModel& model) {
@@ -162,89 +136,8 @@ std::int32_t selectSubset(const DaSamples& samples, const DaRules& rules, std::i
   std::fill_n(selected, std::max(samples.p, 0), useAll ? 1 : 0);
   if (!canBePooled(samples)) return kSingular;
   poolCovariance(samples, means, within, products);
-  const Fit fit{samples, {{means.data, means.ld}, {within.data, within.ld}}, model};
+  const SubsetFit fit{samples, {{means.data, means.ld}, {within.data, within.ld}}, model};
   return useAll ? selectAll(fit, selected, steps) : selectForward(fit, rules, selected, steps);
-}
-
-void DaPool(const double* data, const std::int32_t* classOf, const std::int32_t* ldData, const std::int32_t* ldVar,
-            const std::int32_t* n, const std::int32_t* p, double* means, double* within, const std::int32_t* classSize,
-            std::int32_t* status) {
-  const DaSamples samples{{data, *ldData}, classOf, classSize, *n, std::max(*p, 0), nClasses};
-  Scratch<double> products(productScratch(*p));
-  *status = products ? kDone : kNoScratch;
-  if (!products) return;
-  if (canBePooled(samples))
-    poolCovariance(samples, {means, *ldVar}, {within, *ldVar}, products.data());
-  else
-    *status = kSingular;
-}
-
-void DaNear(const double* data, const std::int32_t* ldData, const std::int32_t* ldVar, const std::int32_t* p,
-            const std::int32_t* selected, const double* means, const double* winv, const std::int32_t* row,
-            std::int32_t* nearest, float* distances, const std::int32_t* storeDistances) {
-  const ConstMatrix x{data, *ldData}, centres{means, *ldVar}, weights{winv, *ldVar};
-  const std::int32_t i = *row - 1;
-  double least = 0.0;
-  *nearest = nClasses < 1 ? 0 : 1;
-  for (std::int32_t c = 0; c < nClasses; ++c) {
-    double squared = 0.0;
-    for (std::int32_t j = 0; j < *p; ++j) {
-      if (selected[j] != 1) continue;
-      double inner = 0.0;
-      for (std::int32_t k = 0; k < *p; ++k)
-        if (selected[k] == 1) inner += weights(j, k) * (x(i, k) - centres(k, c));
-      squared += (x(i, j) - centres(j, c)) * inner;
-    }
-    if (*storeDistances != 0) MatrixView<float>{distances, *ldData}(i, c) = static_cast<float>(std::sqrt(squared));
-    if (c == 0 || squared < least) {
-      least = squared;
-      *nearest = c + 1;
-    }
-  }
-}
-
-void DaInv(const std::int32_t* p, const std::int32_t* ldVar, const std::int32_t* selected, const double* within,
-           double* winv, double* /*work*/, std::int32_t* status) {
-  SubsetModel model(0, *p);
-  *status = model ? kDone : kNoScratch;
-  if (!model) return;
-  chooseVariables(selected, *p, model);
-  *status = invertCovariance({within, *ldVar}, model);
-  if (*status == kDone) storeBlock(model, {winv, *ldVar});
-}
-
-void DaEval(const double* data, const std::int32_t* classOf, const std::int32_t* ldData, const std::int32_t* ldVar,
-            const std::int32_t* n, const std::int32_t* p, const std::int32_t* selected, const double* means,
-            const double* within, double* winv, double* /*work*/, float* fraction, float* classFraction, float* distSum,
-            const std::int32_t* classSize, std::int32_t* status) {
-  SubsetModel model(*n, *p);
-  *status = model ? kDone : kNoScratch;
-  if (!model) return;
-  const DaSamples samples{{data, *ldData}, classOf, classSize, *n, *p, nClasses};
-  const Fit fit{samples, {{means, *ldVar}, {within, *ldVar}}, model};
-  *status = fit.take(selected);
-  if (*status == kSingular) std::fill_n(classFraction, std::max(nClasses, 0), 0.0F);
-  if (*status != kDone) return;
-  storeInverse(model, {winv, *ldVar});
-  *fraction = fit.fractionCorrect();
-  *distSum = fit.separation();
-  fit.classFractions(classFraction, 1);
-}
-
-void DaStep(const double* data, const std::int32_t* classOf, const std::int32_t* ldData, const std::int32_t* ldVar,
-            const std::int32_t* n, const std::int32_t* p, const std::int32_t* maxSteps, const std::int32_t* selectMode,
-            const std::int32_t* nSelect, std::int32_t* selected, double* within, double* means, double* winv,
-            std::int32_t* nSteps, std::int32_t* selectOrder, float* stepFraction, float* stepClassFraction,
-            double* /*work*/, const std::int32_t* classSize, std::int32_t* status) {
-  SubsetModel model(*n, *p);
-  Scratch<double> products(productScratch(*p));
-  *status = obtained(model, products) ? kDone : kNoScratch;
-  if (*status != kDone) return;
-  const DaSamples samples{{data, *ldData}, classOf, classSize, *n, std::max(*p, 0), nClasses};
-  const DaSteps steps{nSteps, selectOrder, stepFraction, {stepClassFraction, *ldVar}};
-  *status = selectSubset(samples, {*selectMode, *nSelect, *maxSteps}, selected, {means, *ldVar}, {within, *ldVar},
-                         products.data(), &steps, model);
-  if (*status == kDone) storeInverse(model, {winv, *ldVar});
 }
 
 }  // namespace studystats::core

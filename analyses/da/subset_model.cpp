@@ -144,13 +144,13 @@ float separationByOne(const DaMoments& moments, std::int32_t g, std::int32_t j) 
 
 }  // namespace
 
-SubsetModel::SubsetModel(std::int32_t n, std::int32_t p)
-    : variables(p),
-      weights(area(p, padded(p, kVariables))),
-      block(area(p, p)),
-      deviations(area(padded(p, kVariables), kStrip)),
-      nearest(n),
-      inverse(p) {}
+SubsetModel::SubsetModel(Arena& arena, std::int32_t n, std::int32_t p)
+    : variables(arena, p),
+      weights(arena, area(p, padded(p, kVariables))),
+      block(arena, area(p, p)),
+      deviations(arena, area(padded(p, kVariables), kStrip)),
+      nearest(arena, n),
+      inverse(arena, p) {}
 
 void chooseVariables(const std::int32_t* selected, std::int32_t p, SubsetModel& model) {
   model.m = 0;

@@ -13,15 +13,14 @@ namespace studystats::core {
 
 // One subset of up to p variables and what is known of it, with the scratch memory to classify up to n samples.
 struct SubsetModel {
-  SubsetModel(std::int32_t n, std::int32_t p);
-  explicit operator bool() const { return obtained(variables, weights, block, deviations, nearest, inverse); }
+  SubsetModel(Arena& arena, std::int32_t n, std::int32_t p);
 
-  std::int32_t m = 0;               // number of variables
-  Scratch<std::int32_t> variables;  // counted from 0, increasing
-  Scratch<double> weights;          // inverse covariance, row after row, each row padded
-  Scratch<double> block;            // p x p
-  Scratch<double> deviations;       // of a strip of samples
-  Scratch<std::int32_t> nearest;    // of each sample classified last: its nearest class, 1 ... g
+  std::int32_t m = 0;             // number of variables
+  Array<std::int32_t> variables;  // counted from 0, increasing
+  Array<double> weights;          // inverse covariance, row after row, each row padded
+  Array<double> block;            // p x p
+  Array<double> deviations;       // of a strip of samples
+  Array<std::int32_t> nearest;    // of each sample classified last: its nearest class, 1 ... g
   InverseScratch inverse;
 };
 

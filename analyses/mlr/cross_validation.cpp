@@ -84,8 +84,9 @@ std::int32_t runFold(const MlrValidation& v, MlrScratch& s, std::int32_t g, doub
   return status;
 }
 
-// Sum of squared deviations of refitted numbers from their mean.
+// Sum of squared deviations of refitted numbers from their mean. A single fold's do not deviate, numbers or not.
 double squaredDeviations(const MlrValidation& v, MlrScratch& s, std::int32_t nFolds, std::int32_t a) {
+  if (nFolds == 1) return 0.0;
   double mean = 0.0, squares = 0.0;
   for (std::int32_t g = 0; g < nFolds; ++g) mean += refit(v, s, g, a);
   mean /= nFolds;

@@ -11,50 +11,45 @@
 namespace studystats::core {
 
 struct MlrScratch {
-  // n rows, p columns, models of up to `most` variables.
-  MlrScratch(std::int32_t n, std::int32_t p, std::int32_t most, std::int32_t folds)
-      : fit(n, most),
-        products(area(p, p)),
-        inverse(area(most, most)),
-        means(p),
-        t(p),
-        coef(most),
-        startFlags(p),
-        outList(p),
-        diagonal(p),
-        response(n),
-        sortBuffer(n),
-        positions(n),
-        order(n),
-        usable(n),
-        training(area(n, p)),
-        trainingTags(area(n, 2)),
-        heldOut(n),
-        foldFlags(p),
-        foldInList(p),
-        known(p),
-        refits(area(folds, std::ptrdiff_t{most} + 1)) {}
-
-  explicit operator bool() const {
-    return obtained(fit, products, inverse, means, t, coef, startFlags, outList, diagonal, response, sortBuffer,
-                    positions, order, usable, training, trainingTags, heldOut, foldFlags, foldInList, known, refits);
-  }
+  // n rows, p columns. Room for a model of every variable: how many it can have is known when the flags have been read.
+  MlrScratch(Arena& arena, std::int32_t n, std::int32_t p, std::int32_t folds)
+      : fit(arena, n, p - 1),
+        products(arena, area(p, p)),
+        inverse(arena, area(p - 1, p - 1)),
+        means(arena, p),
+        t(arena, p),
+        coef(arena, p - 1),
+        startFlags(arena, p),
+        outList(arena, p),
+        diagonal(arena, p),
+        response(arena, n),
+        sortBuffer(arena, n),
+        positions(arena, n),
+        order(arena, n),
+        usable(arena, n),
+        training(arena, area(n, p)),
+        trainingTags(arena, area(n, 2)),
+        heldOut(arena, n),
+        foldFlags(arena, p),
+        foldInList(arena, p),
+        known(arena, p),
+        refits(arena, area(folds, p)) {}
 
   // Of the selection on all rows; the folds use the first six again.
   FitScratch fit;
-  Scratch<double> products, inverse, means, t, coef;
-  Scratch<std::int32_t> startFlags, outList;
-  Scratch<double> diagonal;
+  Array<double> products, inverse, means, t, coef;
+  Array<std::int32_t> startFlags, outList;
+  Array<double> diagonal;
 
   // Of the validation order.
-  Scratch<double> response;
-  Scratch<SortEntry> sortBuffer;
-  Scratch<std::int32_t> positions, order, usable;
+  Array<double> response;
+  Array<SortEntry> sortBuffer;
+  Array<std::int32_t> positions, order, usable;
 
   // Of the folds.
-  Scratch<double> training;
-  Scratch<std::int32_t> trainingTags, heldOut, foldFlags, foldInList, known;
-  Scratch<double> refits;  // by fold: coefficients by position, then the untransformed intercept
+  Array<double> training;
+  Array<std::int32_t> trainingTags, heldOut, foldFlags, foldInList, known;
+  Array<double> refits;  // by fold: coefficients by position, then the untransformed intercept
 };
 
 }  // namespace studystats::core

@@ -1,4 +1,4 @@
-// Stepwise selection as told in selection.h. The best entry candidate is looked for only when a step comes to enter
+// Stepwise selection as told in by_address.h. The best entry candidate is looked for only when a step comes to enter
 // one, so a fit whose entry test fails, and the last fit of a selection, go without. Draper & Smith, Applied Regression
 // Analysis, 3rd ed. (1998), chapter 15.
 #include "analyses/mlr/selection.h"
@@ -42,11 +42,6 @@ void filterCollinear(float corrLimit, const ColumnProducts& products, std::int32
       if (std::fabs(products.correlation(i, j)) > limit) flags[j] = 0;
 }
 
-void CorFilt(const float* corrLimit, const double* r, const std::int32_t* ld, const std::int32_t* m,
-             std::int32_t* flags) {
-  filterCollinear(*corrLimit, ColumnProducts({nullptr, 0}, {r, *ld}), *m, flags);
-}
-
 std::int32_t selectVariables(const RegressionRows& rows, ColumnProducts& products, const SelectionRules& rules,
                              std::int32_t* flags, const FitArrays& model, const StepHistory* history,
                              FitScratch& scratch) {
@@ -86,27 +81,6 @@ std::int32_t selectVariables(const RegressionRows& rows, ColumnProducts& product
     flags[last - 1] = 1;
     recordAction(history, k, kEntered, last);
   }
-}
-
-void StepReg(const double* x, const std::int32_t* ldx, const std::int32_t* nCols, const std::int32_t* nObs,
-             const std::int32_t* maxSteps, const std::int32_t* m, const double* c, const double* means,
-             const float* fEnter, const float* fRemove, std::int32_t* flags, double* inv, const double* r,
-             const float* corrLimit, double* coef, double* intercept, double* t, std::int32_t* stepAction,
-             std::int32_t* stepVar, std::int32_t* nSteps, float* fStart, float* sStart, float* stepPartialF,
-             float* stepF, float* stepS, std::int32_t* status, std::int32_t* inList, std::int32_t* outList) {
-  const SelectionRules rules{*fEnter, *fRemove, *corrLimit, std::max(*maxSteps, 0)};
-  const auto nStart = static_cast<std::int32_t>(std::count(flags, flags + std::max(*m, 0), 1));
-  FitScratch scratch(*nObs, mostVariables(nStart, *m, rules));
-  if (!scratch) {
-    *nSteps = 0;
-    *status = kNoScratch;
-    return;
-  }
-  const RegressionRows rows{{x, *ldx}, *nObs, *nCols, *m, means};
-  ColumnProducts products(ConstMatrix{c, *nCols}, ConstMatrix{r, *nCols});
-  const FitArrays model{coef, intercept, {inv, *nCols}, t, inList, outList};
-  const StepHistory history{fStart, sStart, stepPartialF, stepF, stepS, stepAction, stepVar, nSteps};
-  *status = selectVariables(rows, products, rules, flags, model, &history, scratch);
 }
 
 }  // namespace studystats::core

@@ -6,16 +6,12 @@
 // Jolliffe, Principal Component Analysis, 2nd ed. (2002).
 #include "analyses/pca/pca.h"
 
-#include <studystats/analyses.h>
-
 #include <algorithm>
 #include <cmath>
 
 #include "numeric/cross_products.h"
 #include "numeric/eigen.h"
-#include "numeric/matrix_view.h"
 #include "numeric/multiversion.h"
-#include "numeric/scratch.h"
 #include "numeric/status.h"
 
 namespace studystats::core {
@@ -80,66 +76,47 @@ void accumulateExplained(ConstMatrix loadings, const double* variances, std::int
 
 }  // namespace
 
-void PcaScr(const double* data, const std::int32_t* p, const std::int32_t* n, const double* eigenvectors,
-            double* scores, double* scoreMeans, double* scoreStdDevs) {
-  const std::int32_t nSamples = std::max(*n, 0), nComponents = *p;
-  const Matrix projected{scores, nSamples};
-  projectSamples({data, nSamples}, {eigenvectors, nComponents}, nSamples, nComponents, projected);
-
-  const ConstMatrix result{scores, nSamples};
-  columnMeans(result, nSamples, nComponents, scoreMeans);
-  columnSquares(result, nSamples, nComponents, scoreMeans, scoreStdDevs);
-  for (int k = 0; k < nComponents; ++k) {
-    const double variance = nSamples > 1 ? scoreStdDevs[k] / (nSamples - 1) : scoreStdDevs[k];
+void scoreSamples(ConstMatrix data, std::int32_t n, std::int32_t p, ConstMatrix eigenvectors, Matrix scores,
+                  double* means, double* deviations) {
+  projectSamples(data, eigenvectors, n, p, scores);
+  const ConstMatrix result{scores.data, scores.ld};
+  columnMeans(result, n, p, means);
+  columnSquares(result, n, p, means, deviations);
+  for (int k = 0; k < p; ++k) {
+    const double variance = n > 1 ? deviations[k] / (n - 1) : deviations[k];
     const double deviation = std::sqrt(variance);
-    scoreStdDevs[k] = deviation == 0.0 ? 1.0 : deviation;
+    deviations[k] = deviation == 0.0 ? 1.0 : deviation;
   }
 }
 
-void PcaCore(const double* data, const std::int32_t* nRows, const std::int32_t* nVars, std::int32_t* nComponents,
-             double* eigenvalues, double* eigenvectors, double* covariance, double* cumExplained, double* scores,
-             double* scoreMeans, double* scoreStdDevs, std::int32_t* status) {
-  const std::int32_t n = *nRows, p = *nVars;
-  *status = kSingular;
-  if (n < 1 || p < 1) return;
-
-  Scratch<double> crossProducts(area(p, p));
-  const std::int32_t length = crossProducts ? p : 0;  // gigabytes of vectors are no use without their matrix
-  Scratch<double> means(length), work1(length), work2(length);
-  if (!obtained(crossProducts, means, work1, work2)) {
-    *status = kNoScratch;
-    return;
-  }
-
+std::int32_t principalComponents(ConstMatrix data, std::int32_t n, std::int32_t p, const PcaOutputs& out,
+                                 PcaScratch& s) {
   // 1. Covariances of the variables. A single sample has none, and the caller's matrix stays as it is.
-  CrsPrd(data, &n, &p, &n, &p, crossProducts.data(), means.data());
-  if (n > 1) divideBy(n - 1, {crossProducts.data(), p}, p, {covariance, p});
+  CrsPrd(data.data, &data.ld, &p, &n, &p, s.crossProducts.data(), s.means.data());
+  if (n > 1) divideBy(n - 1, {s.crossProducts.data(), p}, p, out.covariance);
 
   // 2. Variances along the components, largest first; rounding can leave those that should be 0 below it.
   const std::int32_t wantVectors = 1;
-  EigSym(&p, &p, covariance, eigenvalues, &wantVectors, eigenvectors, work1.data(), work2.data(), status);
-  if (*status != kDone) return;
+  std::int32_t status = kDone;
+  EigSym(&p, &p, out.covariance.data, out.eigenvalues, &wantVectors, out.eigenvectors.data, s.work1.data(),
+         s.work2.data(), &status);
+  if (status != kDone) return status;
   for (int k = 0; k < p; ++k)
-    if (eigenvalues[k] < 0.0) eigenvalues[k] = 0.0;
+    if (out.eigenvalues[k] < 0.0) out.eigenvalues[k] = 0.0;
+  const ConstMatrix eigenvectors{out.eigenvectors.data, p};
 
   // 3. What the components explain of each variable.
-  accumulateExplained({eigenvectors, p}, eigenvalues, p, {cumExplained, p});
+  accumulateExplained(eigenvectors, out.eigenvalues, p, out.cumExplained);
 
   // 4. Scores of the samples.
-  PcaScr(data, &p, &n, eigenvectors, scores, scoreMeans, scoreStdDevs);
+  scoreSamples(data, n, p, eigenvectors, out.scores, out.scoreMeans, out.scoreStdDevs);
 
   // 5. Both triangles of the covariances, those of a caller's single sample included.
-  mirrorLowerTriangle(p, {covariance, p});
+  mirrorLowerTriangle(p, out.covariance);
 
   // 6. As many components as the data can support.
-  *nComponents = n > p ? p : n - 1;
+  *out.nComponents = n > p ? p : n - 1;
+  return kDone;
 }
 
 }  // namespace studystats::core
-
-void PCAnal(const double* data, std::int32_t nRows, std::int32_t nVars, std::int32_t* nComponents, double* eigenvalues,
-            double* eigenvectors, double* covariance, double* cumExplained, double* scores, double* scoreMeans,
-            double* scoreStdDevs, std::int32_t* status) {
-  studystats::core::PcaCore(data, &nRows, &nVars, nComponents, eigenvalues, eigenvectors, covariance, cumExplained,
-                            scores, scoreMeans, scoreStdDevs, status);
-}

@@ -3,22 +3,35 @@
 
 #include <cstdint>
 
+#include "analyses/pca/by_address.h"  // IWYU pragma: export
+#include "numeric/matrix_view.h"
+#include "numeric/scratch.h"
+
 namespace studystats::core {
 
-// Does the work of PCAnal (studystats/analyses.h), whose arguments it takes by address in the same order.
-// status: kDone; kNoScratch or, without samples or variables, kSingular: nothing else is written; the number of an
-// eigenvalue that did not converge: covariance, eigenvalues and eigenvectors are written, the rest is not.
-void PcaCore(const double* data, const std::int32_t* nRows, const std::int32_t* nVars, std::int32_t* nComponents,
-             double* eigenvalues, double* eigenvectors, double* covariance, double* cumExplained, double* scores,
-             double* scoreMeans, double* scoreStdDevs, std::int32_t* status);
+// Outputs of PCAnal (studystats/analyses.h) of the same names.
+struct PcaOutputs {
+  std::int32_t* nComponents;
+  double* eigenvalues;
+  Matrix eigenvectors, covariance, cumExplained, scores;
+  double *scoreMeans, *scoreStdDevs;
+};
 
-// Scores of n samples on p components, their means and standard deviations:
-//
-//   scores(i, k) = sum over j of data(i, j) * eigenvectors(j, k)       data: n x p, eigenvectors: p x p, scores: n x p
-//
-// The data enter as they are, not centred. Standard deviations have the divisor n - 1 (none for n = 1), and an exact 0
-// is replaced by 1, so that scores can be divided by them.
-void PcaScr(const double* data, const std::int32_t* p, const std::int32_t* n, const double* eigenvectors,
-            double* scores, double* scoreMeans, double* scoreStdDevs);
+// For p variables.
+struct PcaScratch {
+  PcaScratch(Arena& arena, std::int32_t p)
+      : crossProducts(arena, area(p, p)), means(arena, p), work1(arena, p), work2(arena, p) {}
+
+  Array<double> crossProducts, means, work1, work2;
+};
+
+// The analysis of n samples and p variables, one at least of both: kDone, or the number of the eigenvalue that did not
+// converge.
+std::int32_t principalComponents(ConstMatrix data, std::int32_t n, std::int32_t p, const PcaOutputs& out,
+                                 PcaScratch& scratch);
+
+// Scores of n samples on p components, their means and standard deviations, as PcaScr describes them.
+void scoreSamples(ConstMatrix data, std::int32_t n, std::int32_t p, ConstMatrix eigenvectors, Matrix scores,
+                  double* means, double* deviations);
 
 }  // namespace studystats::core

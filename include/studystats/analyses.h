@@ -319,8 +319,8 @@ STUDYSTATS_API void PlsAnl(const double* data, const int32_t* rowTags, int32_t* 
  *   data               in      n x p  the variables
  *   classOf            in      n x 2  column 1: class of each sample, 1 ... g; any other number is an unknown class.
  *                                     Column 2 is not looked at
- *   modelRows          out     n      rows of the model's samples (counted from 1, in increasing order), then those of
- *                                     the others; the validation sorts them all by class, ties as they were
+ *   modelRows          out     n      rows of the model's samples (counted from 1, in increasing order), sorted by class
+ *                                     for the validation, ties as they were; behind them those of the others
  *   inModel            in      n      1: takes part in the model, and may be a training sample of a fold. Other: is
  *                                     only classified, by the final model and in every fold. Such a sample, when its
  *                                     class is known, still counts as a member of it in the divisor of the class mean
@@ -359,7 +359,7 @@ STUDYSTATS_API void PlsAnl(const double* data, const int32_t* rowTags, int32_t* 
  *   selectOrder        out     p      by step: the variable taken, counted from 1; 0 when all are taken in one step
  *   confusion          out     g x g  model samples of true class (row) by predicted class (column), resubstituted
  *   cvConfusion        out     g x g  the same of samples held out; a random plan may hold a sample out several times,
- *                                     or never
+ *                                     or never. A count that reaches 2^31 - 1 stays there
  *   nSteps             out     1      number of selection steps
  *   nCanonical         out     1      number of canonical functions: the smaller of m and g - 1; 1 with one variable
  *   status             out     1      see below
@@ -372,7 +372,7 @@ STUDYSTATS_API void PlsAnl(const double* data, const int32_t* rowTags, int32_t* 
  *            other within classes, or hold not-a-numbers. The first such candidate ends the selection. Also when an
  *            eigenvalue of the canonical problem did not converge. Also for numbers that make no analysis (a model
  *            sample of a class outside 1 ... g, no more model samples than classes, g < 1, n < 0, p < 0): then no
- *            output but continueFlag is written
+ *            output but continueFlag and nSteps (0) is written
  *   2        no variable could be selected
  *   5        scratch memory (about 80 p^2 + 8 n p bytes) could not be obtained. No output but continueFlag is written
  *   999      the host asked to stop. Written are modelRows, selected, confusion and the steps; cvSelCount and

@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <functional>
 #include <random>
 #include <string>
 #include <type_traits>
@@ -56,7 +57,7 @@ class Pick {
   std::mt19937_64& random_;
 };
 
-// Answers its k-th report with a stop; 0: never.
+// Answers its k-th report with a stop; 0: never. What it does besides at each report is `meanwhile`.
 class StoppingHost {
  public:
   explicit StoppingHost(std::int32_t stopAt) : stopAt_(stopAt) {
@@ -66,6 +67,7 @@ class StoppingHost {
   ISBProgressMonitor* window() { return &host_; }
   ProgressMonitor monitor;
   std::vector<std::int32_t> percentages;  // of the reports, one after the other
+  std::function<void(std::size_t report)> meanwhile;
 
  private:
   struct Host final : ISBProgressMonitor {
@@ -80,6 +82,7 @@ class StoppingHost {
     HRESULT ReportProgress(std::int32_t percent, std::int32_t, VARIANT, VARIANT_BOOL* answer) override {
       owner_->percentages.push_back(percent);
       const auto report = static_cast<std::int32_t>(owner_->percentages.size());
+      if (owner_->meanwhile) owner_->meanwhile(owner_->percentages.size());
       *answer = report == owner_->stopAt_ ? VARIANT_BOOL{0} : VARIANT_TRUE;
       return 0;
     }

@@ -157,11 +157,13 @@ TEST(DisAnl, WritesAtEachStatusWhatItPromises) {
     call->call(DisAnl);
     EXPECT_EQ(call->status(), 1) << call->n << ' ' << call->p << ' ' << g;
     EXPECT_EQ(call->goesOn(), 1);
-    EXPECT_EQ(written(*call), "") << call->n << ' ' << call->p << ' ' << g;
+    EXPECT_EQ(call->nSteps(), 0);
+    EXPECT_EQ(written(*call), "nSteps ") << call->n << ' ' << call->p << ' ' << g;
   }
 }
 
-// Whether a sample of unknown class stands among the others or not, they fare alike; the fraction counts it.
+// Whether a sample of unknown class stands among the others or not, they fare alike, their groups included: it stands
+// behind them in the validation order. The fraction counts it.
 TEST(DisAnl, ClassifiesSamplesOfUnknownClassAndNothingElseChanges) {
   const DaCall known = iris();
   const Integers like = {75, 1, 150};  // rows of iris, counted from 1, that the unknown ones repeat
@@ -173,6 +175,7 @@ TEST(DisAnl, ClassifiesSamplesOfUnknownClassAndNothingElseChanges) {
     call.inModel[static_cast<std::size_t>(i)] = i >= 3;
   }
   DaCall alone = known;
+  call.groups = alone.groups = 5;
   call.run();
   alone.run();
   ASSERT_EQ(call.status(), 0);
@@ -187,8 +190,10 @@ TEST(DisAnl, ClassifiesSamplesOfUnknownClassAndNothingElseChanges) {
                 .compare("cvConfusion", call.cvConfusion, alone.cvConfusion)
                 .names(),
             "");
-  EXPECT_FLOAT_EQ(call.cvFraction[0], 147.0F / 153);
-  EXPECT_EQ(Integers(call.modelRows.begin(), call.modelRows.begin() + 4), (Integers{1, 2, 3, 4}));
+  EXPECT_FLOAT_EQ(call.cvFraction[0], alone.cvFraction[0] * 150 / 153);
+  Integers order = alone.modelRows;
+  for (std::int32_t& row : order) row += 3;
+  EXPECT_EQ(call.modelRows, joined(order, {1, 2, 3}));
   for (std::size_t i = 0; i < 3; ++i)
     for (std::size_t c = 0; c < 3; ++c)
       EXPECT_EQ(call.distances[i + 153 * c], alone.distances[static_cast<std::size_t>(like[i] - 1) + 150 * c]);
@@ -210,6 +215,34 @@ TEST(DisAnl, StopsAtAnyReportAndTheNextAnalysisIsAsEver) {
     next.run();
     EXPECT_EQ(differences(next, reference), "") << k;
   }
+}
+
+// A host may answer a report with another analysis, or change its arrays: that gives no useful result, and no harm.
+TEST(DisAnl, OutlivesWhatTheHostDoesMeanwhile) {
+  static constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
+  DaCall call = iris(), other = iris();
+  StoppingHost host(0);
+  call.monitor = &host.monitor;
+  host.meanwhile = [&call](std::size_t) { call.classOf[70] = kMost; };
+  call.run();
+  EXPECT_EQ(call.status(), 1) << "as a fold that cannot be fitted";
+
+  // The settings of the other one make row 1, which is outside the model, a training row.
+  call = iris();
+  call.inModel[0] = 0;
+  call.classOf[0] = kMost;
+  call.monitor = &host.monitor;
+  other.method = 2;
+  host.meanwhile = [&other](std::size_t) { other.run(); };
+  call.run();
+  EXPECT_EQ(call.status(), 1);
+
+  call = iris();
+  call.monitor = &host.monitor;
+  host.meanwhile = [&call](std::size_t) { std::fill(call.cvConfusion.begin(), call.cvConfusion.end(), kMost); };
+  call.run();
+  EXPECT_EQ(call.status(), 0);
+  EXPECT_EQ(call.cvConfusion, Integers(9, kMost)) << "counts do not wrap";
 }
 
 // One variable: distances are plain differences, and the canonical function is a placeholder. A class without samples

@@ -231,6 +231,18 @@ TEST(MulReg, NeverTrainsOnRowsThatAreNotUsable) {
   }
 }
 
+// A stated fact. One systematic fold has no training rows, and what it refits is no number.
+TEST(MulReg, GivesNoSpreadOverOneFold) {
+  MlrCall call = exampleCall("cement.csv", 13, 5);
+  call.maxSteps = 0;
+  call.groups = 1;
+  call.run();
+  ASSERT_EQ(call.status(), 0);
+  EXPECT_EQ(call.nIn(), 4);
+  EXPECT_EQ(Numbers(call.cvCoefSd.begin(), call.cvCoefSd.begin() + 4), Numbers(4, 0));
+  EXPECT_EQ(call.interceptSd(), 0);
+}
+
 TEST(MulReg, EmptyModelsConstantResponsesAndImpossibleSizes) {
   MlrCall call(6, 3);
   call.data = {1, 2, 3, 4, 5, 6, 2, 1, 2, 1, 2, 1, 3, 1, 4, 1, 5, 9};

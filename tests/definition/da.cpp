@@ -373,6 +373,7 @@ void disAnl(const double* data, const std::int32_t* classOf, std::int32_t* model
   daGroups = cvGroups;
 
   Integers model, others;
+  *nSteps = 0;
   bool sound = N >= 0 && P >= 0 && G >= 1;
   for (std::int32_t s = 1; s <= N; ++s) {
     (inModel[s - 1] == 1 ? model : others).push_back(s);
@@ -398,12 +399,12 @@ void disAnl(const double* data, const std::int32_t* classOf, std::int32_t* model
     std::fill_n(cvConfusion, G * G, 0);
     Integers validated(index(G)), correct(index(G)), predicted;
     std::int32_t nCorrect = 0;
-    // Samples outside the model follow those in it; sorted by class, their row numbers are the order.
+    // The model's samples by class; those outside it follow as if of class G + 1.
     Integers order = model;
-    order.insert(order.end(), others.begin(), others.end());
     Numbers labels;
     for (const std::int32_t row : order) labels.push_back(classOf[row - 1]);
     sortColumn(labels, order, 0);
+    order.insert(order.end(), others.begin(), others.end());
     std::copy(order.begin(), order.end(), modelRows);
     const Plan folds = plan(cvMethod, daGroups, cvFraction, N);
     Integers mayTrain(index(N));

@@ -262,13 +262,13 @@ void mulReg(const double* data, const std::int32_t*, std::int32_t* rowIds, const
         const double d = mean - b[index(g) * index(*nIn) + index(a)];
         squares += d * d;
       }
-      cvCoefSd[inList[a] - 1] = std::sqrt(w * (G - 1) / G * squares);
+      cvCoefSd[inList[a] - 1] = G == 1 ? 0 : std::sqrt(w * (G - 1) / G * squares);
     }
     double mean = 0, squares = 0;
     for (std::int32_t g = 0; g < G; ++g) mean += I[index(g)];
     mean = mean / G;
     for (std::int32_t g = 0; g < G; ++g) squares += (mean - I[index(g)]) * (mean - I[index(g)]);
-    *cvInterceptSd = std::sqrt((G - 1) * w * squares / G);
+    *cvInterceptSd = G == 1 ? 0 : std::sqrt((G - 1) * w * squares / G);
   }
 
   double rss;

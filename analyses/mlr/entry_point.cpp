@@ -89,18 +89,19 @@ void MulReg(const double* data, const std::int32_t* rowTags, std::int32_t* rowId
   const std::int32_t m = nCols - 1;
   const core::SelectionRules rules{fEnter, fRemove, corrLimit, std::max(maxSteps, 0)};
   const bool startWithAll = fEnter <= core::kEnterAll || maxSteps <= 0;
-  const auto nStart = startWithAll ? m : static_cast<std::int32_t>(std::count(flags, flags + m, 1));
-  const std::int32_t most = core::mostVariables(nStart, m, rules);
   const std::int32_t folds = core::planValidation({cvMethod, cvGroups, cvFraction}, nRows).folds;
-  core::MlrScratch scratch(nRows, nCols, most, std::max(*maxFolds, folds));
-  if (!scratch) {
+  core::Obtained<core::MlrScratch> memory(nRows, nCols, std::max(*maxFolds, folds));
+  if (!memory) {
     *status = core::kNoScratch;
     return;
   }
+  core::MlrScratch& scratch = *memory;
 
   // 1. The starting model, of which every fold keeps a copy.
   if (startWithAll) std::fill_n(flags, nCols, 1);
   std::copy_n(flags, m, scratch.startFlags.data());
+  const auto nStart = static_cast<std::int32_t>(std::count(flags, flags + m, 1));
+  const std::int32_t most = core::mostVariables(nStart, m, rules);
 
   // 2. Means, cross-products and correlations of all columns.
   const core::ConstMatrix x{data, nRows}, c{scratch.products.data(), nCols};
