@@ -131,6 +131,18 @@ std::int32_t crossValidate(const PlsValidation& v, double* work, const PlsModel&
   return kDone;
 }
 
+namespace {
+
+// What PlsCvl's caller does not bring.
+struct PlsFoldsScratch {
+  PlsFoldsScratch(Arena& arena, std::int32_t n, std::int32_t p, std::int32_t q, std::int32_t nComponents)
+      : folds(arena, n, p, q, nComponents), scoreSquares(arena, nComponents) {}
+  PlsFoldScratch folds;
+  Array<double> scoreSquares;
+};
+
+}  // namespace
+
 void PlsCvl(const double* data, const std::int32_t* /*rowTags*/, double* work, std::int32_t* /*workTags*/,
             std::int32_t* rowOrder, const std::int32_t* rowUse, const std::int32_t* nRows, const std::int32_t* /*m*/,
             const std::int32_t* nResponses, const std::int32_t* nDescriptors, const std::int32_t* nComputed,
@@ -142,16 +154,16 @@ void PlsCvl(const double* data, const std::int32_t* /*rowTags*/, double* work, s
   *status = kSingular;
   const std::int32_t n = std::max(*nRows, 0), p = std::max(*nDescriptors, 0), q = std::max(*nResponses, 0);
   const std::int32_t nModel = std::max(*nComponents, 0), nUsed = std::clamp(*nComputed, 0, nModel);
-  PlsFoldScratch scratch(n, p, q, nModel);
-  Scratch<double> scoreSquares(nModel);
-  if (!obtained(scratch, scoreSquares)) {
+  Obtained<PlsFoldsScratch> scratch(n, p, q, nModel);
+  if (!scratch) {
     *status = kNoScratch;
     return;
   }
-  const PlsModel model{p, q, nModel, {weights, p}, {loadings, p}, {respWeights, nModel}, inner, scoreSquares.data()};
+  const PlsModel model{
+      p, q, nModel, {weights, p}, {loadings, p}, {respWeights, nModel}, inner, scratch->scoreSquares.data()};
   const PlsValidation validation{{data, n}, rowUse,          n,         p, q, nUsed, monitor, continueFlag,
                                  rowOrder,  {press, nModel}, coefErrors};
-  *status = crossValidate(validation, work, model, foldCoefs, {s1, s2}, scratch);
+  *status = crossValidate(validation, work, model, foldCoefs, {s1, s2}, scratch->folds);
 }
 
 }  // namespace studystats::core

@@ -11,23 +11,41 @@
 #include "numeric/status.h"
 
 namespace studystats::core {
+namespace {
+
+struct PlsKernelScratch {
+  PlsKernelScratch(Arena& arena, std::int32_t n, std::int32_t p, std::int32_t q, std::int32_t nComponents)
+      : data(arena, area(n, std::ptrdiff_t{p} + q)),
+        rotations(arena, area(p, nComponents)),
+        scoreSquares(arena, nComponents),
+        component(arena, n, q),
+        samples(arena, p, nComponents),
+        rows(arena, n) {}
+
+  Array<double> data, rotations, scoreSquares;
+  PlsComponentScratch component;
+  PlsSampleScratch samples;
+  Array<std::int32_t> rows;
+};
+
+}  // namespace
 
 void PlsCmp(const double* data, const std::int32_t* nRows, const std::int32_t* /*m*/, const std::int32_t* nDescriptors,
             const std::int32_t* nResponses, double* scores, double* weights, double* loadings, double* respWeights,
             double* innerCoef, std::int32_t* status) {
   const std::int32_t n = std::max(*nRows, 0), p = std::max(*nDescriptors, 0), q = std::max(*nResponses, 0);
-  Scratch<double> u(n), uBefore(n), samples(area(n, std::ptrdiff_t{p} + q));
-  Scratch<std::int32_t> rows(n);
-  if (!obtained(u, uBefore, samples, rows)) {
+  Obtained<PlsKernelScratch> scratch(n, p, q, 0);
+  if (!scratch) {
     *status = kNoScratch;
     return;
   }
-  std::iota(rows.data(), rows.data() + n, 1);
-  PlsData current(samples.data(), n, p, q);
-  takeSamples({data, n}, rows.data(), current);
+  std::iota(scratch->rows.data(), scratch->rows.data() + n, 1);
+  PlsData current(scratch->data.data(), n, p, q);
+  takeSamples({data, n}, scratch->rows.data(), current);
+  double* u = scratch->component.u.data();
   PlsComponent component{scores, weights, loadings, respWeights, innerCoef};
-  rowSums(current.x, u.data(), startVector(current, u.data()), weights);
-  *status = extractComponent(current, component, u.data(), uBefore.data());
+  rowSums(current.x, u, startVector(current, u), weights);
+  *status = extractComponent(current, component, u, scratch->component.uBefore.data());
 }
 
 void PlsPrd(double* sampleWork, const std::int32_t* nUse, const std::int32_t* nDescriptors, const std::int32_t* nModel,
@@ -50,27 +68,25 @@ void PlsFit(double* data, const std::int32_t* nRows, const std::int32_t* /*m*/, 
             double* respWeights, double* inner, double* coefs, std::int32_t* status) {
   const std::int32_t n = std::max(*nRows, 0), p = std::max(*nDescriptors, 0), q = std::max(*nResponses, 0);
   const std::int32_t nModel = std::max(*nComponents, 0);
-  PlsComponentScratch component(n, q);
-  PlsSampleScratch samples(p, nModel);
-  Scratch<double> rotations(area(p, nModel)), scoreSquares(nModel), storage(area(n, std::ptrdiff_t{p} + q));
-  Scratch<std::int32_t> rows(n);
-  if (!obtained(component, samples, rotations, scoreSquares, storage, rows)) {
+  Obtained<PlsKernelScratch> scratch(n, p, q, nModel);
+  if (!scratch) {
     *status = kNoScratch;
     return;
   }
-  std::iota(rows.data(), rows.data() + n, 1);
-  PlsData current(storage.data(), n, p, q);
-  takeSamples({data, n}, rows.data(), current);
-  const PlsModel model{p, q, nModel, {weights, p}, {loadings, p}, {respWeights, nModel}, inner, scoreSquares.data()};
-  *status = fitComponents(current, model, component, nullptr);
+  std::iota(scratch->rows.data(), scratch->rows.data() + n, 1);
+  PlsData current(scratch->data.data(), n, p, q);
+  takeSamples({data, n}, scratch->rows.data(), current);
+  const PlsModel model{
+      p, q, nModel, {weights, p}, {loadings, p}, {respWeights, nModel}, inner, scratch->scoreSquares.data()};
+  *status = fitComponents(current, model, scratch->component, nullptr);
   if (*status != kDone) return;
 
-  if (nModel > 0) deflate(current.x, model.loadings.column(nModel - 1), component.scores.data());
+  if (nModel > 0) deflate(current.x, model.loadings.column(nModel - 1), scratch->component.scores.data());
   const Matrix left{data, n};
   for (std::int32_t j = 0; j < p; ++j)
     for (std::int32_t i = 0; i < n; ++i) left(i, j) = current.x.x(j, i);
   for (std::int32_t k = 0; k < q; ++k) std::copy_n(current.y.x.column(k), n, left.column(p + k));
-  coefficients(model, {rotations.data(), p}, samples, coefs);
+  coefficients(model, {scratch->rotations.data(), p}, scratch->samples, coefs);
 }
 
 }  // namespace studystats::core

@@ -119,11 +119,12 @@ void PlsAnl(const double* data, const std::int32_t* /*rowTags*/, std::int32_t* r
   *status = core::kSingular;
   const std::int32_t n = nRows, p = nDescriptors, q = std::max(nResponses, 0), nModel = nComponents;
   if (n < 0 || p < 0 || nCols < std::int64_t{p} + q || nModel < 1) return;
-  core::PlsScratch scratch(n, p, q, nModel);
-  if (!scratch) {
+  core::Obtained<core::PlsScratch> memory(n, p, q, nModel);
+  if (!memory) {
     *status = core::kNoScratch;
     return;
   }
+  core::PlsScratch& scratch = *memory;
 
   const core::ConstMatrix x{data, n};
   const core::PlsModel& model = scratch.model.view;
