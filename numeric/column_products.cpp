@@ -29,7 +29,7 @@ void addProducts(Strip& strip, int nRows, int nColumns, const double* means, con
 }
 
 void productsWithColumn(ConstMatrix x, std::int32_t n, std::int32_t p, const double* means, std::int32_t v,
-                        double* products) {
+                        double* products, Pace& pace) {
   Strip strip;
   for (std::int32_t j = 0; j < p; j += kColumns) {
     const int columns = std::min(kColumns, p - j);
@@ -46,6 +46,7 @@ void productsWithColumn(ConstMatrix x, std::int32_t n, std::int32_t p, const dou
           for (int k = 0; k < rows; ++k) strip.x[k][q] = column[k];
       }
       addProducts(strip, rows, columns, means + j, deviations);
+      if (!pace.goOn(std::int64_t{2} * rows * columns)) return;
     }
     std::copy_n(strip.sums, columns, products + j);
   }
@@ -53,19 +54,17 @@ void productsWithColumn(ConstMatrix x, std::int32_t n, std::int32_t p, const dou
 
 }  // namespace
 
-ColumnProducts::ColumnProducts(ConstMatrix x, std::int32_t n, std::int32_t p, const double* means, Matrix c,
-                               std::int32_t* known)
-    : c_{c.data, c.ld}, x_(x), n_(n), p_(p), means_(means), columns_(c.data), known_(known) {
-  // The diagonal is computed into the first column, which holds nothing yet, and moved to its place.
-  columnSquares(x, n, p, means, c.data);
-  for (std::int32_t j = 1; j < p; ++j) c(j, j) = c.data[j];
-  std::fill_n(known, std::max(p, 0), 0);
+ColumnProducts::ColumnProducts(ConstMatrix x, std::int32_t n, std::int32_t p, const double* means,
+                               ProductScratch& scratch)
+    : x_(x), n_(n), p_(p), means_(means), scratch_(&scratch) {
+  columnSquares(x, n, p, means, scratch.squares.data());
+  std::fill_n(scratch.slotOf.data(), std::max(p, 0), 0);
 }
 
-void ColumnProducts::require(std::int32_t j) {
-  if (known_ == nullptr || known_[j] != 0) return;
-  productsWithColumn(x_, n_, p_, means_, j, Matrix{columns_, c_.ld}.column(j));
-  known_[j] = 1;
+void ColumnProducts::require(std::int32_t j, Pace& pace) {
+  if (scratch_ == nullptr || scratch_->slotOf[j] != 0) return;
+  scratch_->slotOf[j] = ++nColumns_;
+  productsWithColumn(x_, n_, p_, means_, j, column(nColumns_), pace);
 }
 
 }  // namespace studystats::core

@@ -8,6 +8,8 @@
 #include <cstdint>
 
 #include "numeric/matrix_view.h"
+#include "numeric/pace.h"
+#include "numeric/scratch.h"
 
 namespace studystats::core {
 
@@ -16,32 +18,47 @@ inline double correlationOf(double product, double squaresI, double squaresJ) {
   return squaresI > 0.0 && squaresJ > 0.0 ? product / std::sqrt(squaresI * squaresJ) : product;
 }
 
+// Room for the products of p columns with `most` of them.
+struct ProductScratch {
+  ProductScratch(Arena& arena, std::int32_t p, std::int32_t most)
+      : columns(arena, area(p, most)), squares(arena, p), slotOf(arena, p) {}
+
+  Array<double> columns, squares;
+  Array<std::int32_t> slotOf;  // of a column that is there, from 1; else 0
+};
+
 class ColumnProducts {
  public:
   // All products are in c (symmetric); correlations are read from r, or formed from c when r is null.
   ColumnProducts(ConstMatrix c, ConstMatrix r) : c_(c), r_(r) {}
 
-  // Of the first n rows of x, p columns; means (p) are theirs. The diagonal of c (p x p) is computed here, a column
-  // when it is first required; known (p) is scratch. The arrays must outlive the object.
-  ColumnProducts(ConstMatrix x, std::int32_t n, std::int32_t p, const double* means, Matrix c, std::int32_t* known);
+  // Of the first n rows of x, p columns; means (p) are theirs. Squares are computed here, other products a column at a
+  // time, when it is first required: no more than scratch has room for. The arrays must outlive the object.
+  ColumnProducts(ConstMatrix x, std::int32_t n, std::int32_t p, const double* means, ProductScratch& scratch);
 
-  // Makes sure that column j is there.
-  void require(std::int32_t j);
+  // Makes sure that column j is there; without meaning once pace has stopped.
+  void require(std::int32_t j, Pace& pace);
 
-  // Columns j that have been required, or the diagonal.
-  double operator()(std::int32_t i, std::int32_t j) const { return c_(i, j); }
+  // Of columns one of which has been required, or the diagonal.
+  double operator()(std::int32_t i, std::int32_t j) const {
+    if (scratch_ == nullptr) return c_(i, j);
+    if (i == j) return scratch_->squares[i];
+    const std::int32_t slot = scratch_->slotOf[j];
+    return slot != 0 ? column(slot)[i] : column(scratch_->slotOf[i])[j];
+  }
   double correlation(std::int32_t i, std::int32_t j) const {
-    return r_.data != nullptr ? r_(i, j) : correlationOf(c_(i, j), c_(i, i), c_(j, j));
+    return r_.data != nullptr ? r_(i, j) : correlationOf((*this)(i, j), (*this)(i, i), (*this)(j, j));
   }
 
  private:
-  ConstMatrix c_;
+  double* column(std::int32_t slot) const { return scratch_->columns.data() + std::ptrdiff_t{slot - 1} * p_; }
+
+  ConstMatrix c_{nullptr, 0};
   ConstMatrix r_{nullptr, 0};
   ConstMatrix x_{nullptr, 0};
-  std::int32_t n_ = 0, p_ = 0;
+  std::int32_t n_ = 0, p_ = 0, nColumns_ = 0;
   const double* means_ = nullptr;
-  double* columns_ = nullptr;
-  std::int32_t* known_ = nullptr;
+  ProductScratch* scratch_ = nullptr;
 };
 
 }  // namespace studystats::core

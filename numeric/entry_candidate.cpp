@@ -106,7 +106,7 @@ void takeRows(const CandidateQuestion& s, std::int64_t row, int nRows, const std
   }
 }
 
-void sumResiduals(const CandidateQuestion& s, Block& block, int n, CandidateScratch& scratch) {
+void sumResiduals(const CandidateQuestion& s, Block& block, int n, CandidateScratch& scratch, Pace& pace) {
   const std::ptrdiff_t nModel = paddedModel(s.nIn);
   double* modelRows = scratch.modelRows.data();
   std::fill_n(block.see, n, 0.0);
@@ -116,6 +116,7 @@ void sumResiduals(const CandidateQuestion& s, Block& block, int n, CandidateScra
     takeRows(s, row, rows, block.columns, 0, block.n, block.x[0], kCandidates);
     takeRows(s, row, rows, s.inList, 1, s.nIn, modelRows, nModel);
     addRows(block, rows, n, nModel, scratch.weights.data(), modelRows, scratch.residual.data() + row);
+    if (!pace.goOn(2 * rows * n * nModel)) return;
   }
 }
 
@@ -134,7 +135,8 @@ CandidateScratch::CandidateScratch(Arena& arena, std::int32_t nRows, std::int32_
       modelRows(arena, area(paddedModel(nVariables), kRows)),
       residual(arena, nRows) {}
 
-std::int32_t findEntryCandidate(const CandidateQuestion& s, const ColumnProducts& products, CandidateScratch& scratch) {
+std::int32_t findEntryCandidate(const CandidateQuestion& s, const ColumnProducts& products, CandidateScratch& scratch,
+                                Pace& pace) {
   const std::ptrdiff_t nModel = paddedModel(s.nIn);
   std::fill_n(scratch.weights.data(), nModel * kCandidates, 0.0);
   std::fill_n(scratch.modelRows.data(), nModel * kRows, 0.0);
@@ -143,14 +145,14 @@ std::int32_t findEntryCandidate(const CandidateQuestion& s, const ColumnProducts
   std::int32_t enter = 0;
   double best = 0.0;
   Block block;
-  for (std::int32_t k = 0; k < s.nOut;) {
+  for (std::int32_t k = 0; k < s.nOut && !pace.stopped();) {
     for (block.n = 0; k < s.nOut && block.n < kCandidates; ++k) {
       const std::int32_t column = s.outList[k] - 1;
       if (!collinear(s, products, column)) block.columns[block.n++] = column;
     }
     const int n = static_cast<int>(padded(block.n, kLanes));
     regressOnModel(s, products, block, n, scratch);
-    sumResiduals(s, block, n, scratch);
+    sumResiduals(s, block, n, scratch, pace);
     for (int q = 0; q < block.n; ++q) {
       const double partial = block.sre[q] / std::sqrt(block.see[q] * s.rss);
       if (partial * partial >= best) {
@@ -172,6 +174,7 @@ void EntCand(const double* x, const std::int32_t* ldx, const std::int32_t* nCols
   *status = scratch ? kDone : kNoScratch;
   if (!scratch) return;
   const ColumnProducts products(ConstMatrix{c, *nCols}, ConstMatrix{r, *nCols});
+  Pace unasked;
   *enter = findEntryCandidate({.x = {x, *ldx},
                                .nObs = *nObs,
                                .means = means,
@@ -184,7 +187,7 @@ void EntCand(const double* x, const std::int32_t* ldx, const std::int32_t* nCols
                                .resid = resid,
                                .rss = *rss,
                                .meanResid = *meanResid},
-                              products, *scratch);
+                              products, *scratch, unasked);
 }
 
 }  // namespace studystats::core

@@ -33,8 +33,8 @@ struct CandidateQuestion {
   double rss, meanResid;
 };
 
-// The answer as EntCand defines it.
+// The answer as EntCand defines it; without meaning once pace has stopped.
 std::int32_t findEntryCandidate(const CandidateQuestion& question, const ColumnProducts& products,
-                                CandidateScratch& scratch);
+                                CandidateScratch& scratch, Pace& pace);
 
 }  // namespace studystats::core

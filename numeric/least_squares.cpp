@@ -58,15 +58,15 @@ void summarise(double tss, std::int32_t nObs, FitNumbers& fit) {
 }  // namespace
 
 std::int32_t fitModel(const RegressionRows& rows, ColumnProducts& products, const std::int32_t* flags,
-                      const FitArrays& out, FitScratch& scratch, FitNumbers& fit) {
+                      const FitArrays& out, FitScratch& scratch, FitNumbers& fit, Pace& pace) {
   SplitVars(&rows.nCols, &rows.response, flags, &fit.nIn, out.inList, &fit.nOut, out.outList);
   const std::int32_t nIn = fit.nIn;
   const std::int32_t* inList = out.inList;
 
-  products.require(rows.response);
-  for (std::int32_t a = 0; a < nIn; ++a) products.require(inList[a] - 1);
+  products.require(rows.response, pace);
+  for (std::int32_t a = 0; a < nIn; ++a) products.require(inList[a] - 1, pace);
   copyBlock(products, nIn, inList, out.inv);
-  if (const std::int32_t status = invert(nIn, out.inv, scratch.inverse); status != kDone) return status;
+  if (const std::int32_t status = invert(nIn, out.inv, scratch.inverse, pace); status != kDone) return status;
 
   double explained = 0.0;
   for (std::int32_t a = 0; a < nIn; ++a) {
@@ -86,11 +86,11 @@ std::int32_t fitModel(const RegressionRows& rows, ColumnProducts& products, cons
 
   TVals(&fit.rss, &nIn, inList, &rows.nObs, out.coef, &out.inv.ld, out.inv.data, out.t, &fit.weakest);
   summarise(products(rows.response, rows.response), rows.nObs, fit);
-  return kDone;
+  return pace.goOn(std::int64_t{2} * rows.nObs * (nIn + 1)) ? kDone : kStopped;
 }
 
 std::int32_t entryCandidate(const RegressionRows& rows, const ColumnProducts& products, float corrLimit,
-                            const FitArrays& model, const FitNumbers& fit, FitScratch& scratch) {
+                            const FitArrays& model, const FitNumbers& fit, FitScratch& scratch, Pace& pace) {
   return findEntryCandidate({.x = rows.x,
                              .nObs = rows.nObs,
                              .means = rows.means,
@@ -103,7 +103,7 @@ std::int32_t entryCandidate(const RegressionRows& rows, const ColumnProducts& pr
                              .resid = scratch.resid.data(),
                              .rss = fit.rss,
                              .meanResid = fit.meanResid},
-                            products, scratch.candidate);
+                            products, scratch.candidate, pace);
 }
 
 void RegFit(const double* x, const std::int32_t* ldx, const std::int32_t* nCols, const std::int32_t* nObs,
@@ -119,9 +119,10 @@ void RegFit(const double* x, const std::int32_t* ldx, const std::int32_t* nCols,
   const FitArrays out{coef, intercept, {inv, *nCols}, t, inList, outList};
   ColumnProducts products(ConstMatrix{c, *nCols}, ConstMatrix{r, *nCols});
   FitNumbers fit;
-  *status = fitModel(rows, products, flags, out, *scratch, fit);
+  Pace unasked;
+  *status = fitModel(rows, products, flags, out, *scratch, fit, unasked);
   if (*status != kDone) return;
-  *enter = entryCandidate(rows, products, *corrLimit, out, fit, *scratch);
+  *enter = entryCandidate(rows, products, *corrLimit, out, fit, *scratch, unasked);
   *weakest = fit.weakest;
   *fStat = fit.fStat;
   *sEst = fit.sEst;

@@ -21,12 +21,13 @@ namespace {
 
 constexpr int kLanes = 8;
 
-// For every column j but p: adds -factor times the pivot column where factor is its element in row p, which becomes 0
+// For every column j of first ... last - 1 but p: adds -factor times the pivot column where factor is its element in row p, which becomes 0
 // first, and notes its largest magnitude among the rows that are not done (-1 when none is a number).
 STUDYSTATS_MULTIVERSION
-void reduceColumns(std::int32_t n, Matrix a, std::int32_t p, const double* __restrict done, double* largest) {
+void reduceColumns(std::int32_t n, std::int32_t first, std::int32_t last, Matrix a, std::int32_t p,
+                   const double* __restrict done, double* largest) {
   const double* __restrict pivotColumn = a.column(p);
-  for (std::int32_t j = 0; j < n; ++j) {
+  for (std::int32_t j = first; j < last; ++j) {
     if (j == p) continue;
     double* __restrict column = a.column(j);
     const double factor = column[p];
@@ -78,7 +79,7 @@ void findLargest(std::int32_t n, Matrix a, InverseScratch& s) {
 
 }  // namespace
 
-std::int32_t invert(std::int32_t n, Matrix a, InverseScratch& s) {
+std::int32_t invert(std::int32_t n, Matrix a, InverseScratch& s, Pace& pace) {
   findLargest(n, a, s);
   for (std::int32_t i = 0; i < n; ++i) {
     const Pivot pivot = findPivot(n, a, s);
@@ -93,7 +94,10 @@ std::int32_t invert(std::int32_t n, Matrix a, InverseScratch& s) {
     const double inverse = 1.0 / pivotColumn[p];
     pivotColumn[p] = 1.0;
     for (std::int32_t k = 0; k < n; ++k) pivotColumn[k] *= inverse;
-    reduceColumns(n, a, p, s.done.data(), s.largest.data());
+    const auto columns = [&](std::int32_t first, std::int32_t last) {
+      reduceColumns(n, first, last, a, p, s.done.data(), s.largest.data());
+    };
+    if (!pace.inParts(n, 2 * std::int64_t{n}, 1, columns)) return kStopped;
   }
   for (std::int32_t l = n - 1; l >= 0; --l)
     if (s.from[l] != s.to[l])
@@ -103,7 +107,8 @@ std::int32_t invert(std::int32_t n, Matrix a, InverseScratch& s) {
 
 void InvMat(const std::int32_t* n, const std::int32_t* ld, double* a, std::int32_t* status) {
   Obtained<InverseScratch> scratch(*n);
-  *status = scratch ? invert(*n, Matrix{a, *ld}, *scratch) : kNoScratch;
+  Pace unasked;
+  *status = scratch ? invert(*n, Matrix{a, *ld}, *scratch, unasked) : kNoScratch;
 }
 
 }  // namespace studystats::core

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "numeric/matrix_view.h"
+#include "numeric/pace.h"
 #include "numeric/scratch.h"
 
 namespace studystats::core {
@@ -18,7 +19,7 @@ struct InverseScratch {
   Array<double> largest;         // per column, the largest magnitude among the rows that have not
 };
 
-// Replaces the leading n x n block of a by its inverse; kDone or kSingular, as InvMat describes them.
-std::int32_t invert(std::int32_t n, Matrix a, InverseScratch& scratch);
+// Replaces the leading n x n block of a by its inverse; kDone or kSingular, as InvMat describes them, or kStopped.
+std::int32_t invert(std::int32_t n, Matrix a, InverseScratch& scratch, Pace& pace);
 
 }  // namespace studystats::core

@@ -34,6 +34,10 @@ class Pace {
   // of `together`. Each of the n items takes so many operations.
   template <class Run>
   bool inParts(std::int64_t n, std::int64_t operations, std::int64_t together, Run run) {
+    if (n * operations < kBetween) {  // the usual case, without divisions
+      run(0, static_cast<std::int32_t>(n));
+      return goOn(n * operations);
+    }
     const std::int64_t items = std::max(kBetween / std::max<std::int64_t>(operations, 1) / together, std::int64_t{1});
     for (std::int64_t first = 0, step = items * together; first < n; first += step) {
       const std::int64_t last = std::min(first + step, n);

@@ -50,12 +50,12 @@ struct FitNumbers {
   float fStat = 0.0F, sEst = 0.0F;
 };
 
-// Everything of RegFit but the entry candidate; kDone or kSingular. The residuals stay in scratch.resid.
+// Everything of RegFit but the entry candidate; kDone, kSingular or kStopped. The residuals stay in scratch.resid.
 std::int32_t fitModel(const RegressionRows& rows, ColumnProducts& products, const std::int32_t* flags,
-                      const FitArrays& out, FitScratch& scratch, FitNumbers& numbers);
+                      const FitArrays& out, FitScratch& scratch, FitNumbers& numbers, Pace& pace);
 
 // The entry candidate of the model just fitted, 0 when there is none.
 std::int32_t entryCandidate(const RegressionRows& rows, const ColumnProducts& products, float corrLimit,
-                            const FitArrays& model, const FitNumbers& numbers, FitScratch& scratch);
+                            const FitArrays& model, const FitNumbers& numbers, FitScratch& scratch, Pace& pace);
 
 }  // namespace studystats::core

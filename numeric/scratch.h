@@ -138,9 +138,4 @@ class Scratch {
   Obtained<Array<T>> array_;
 };
 
-template <class... S>
-bool obtained(const S&... scratch) {
-  return (static_cast<bool>(scratch) && ...);
-}
-
 }  // namespace studystats::core

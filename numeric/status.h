@@ -5,7 +5,7 @@
 
 namespace studystats::core {
 
-enum Status : std::int32_t {
+enum : std::int32_t {
   kDone = 0,
   kSingular = 1,      // singular matrix or nothing computed; also the value held while an analysis runs
   kNotConverged = 2,  // an iteration did not converge, or no variable could be selected

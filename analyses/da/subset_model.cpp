@@ -167,7 +167,8 @@ std::int32_t invertCovariance(ConstMatrix within, SubsetModel& model) {
     for (std::int32_t a = 0; a < m; ++a) block(a, b) = column[variables[a]];
     if (block(b, b) == 0.0) block(b, b) = 1.0;
   }
-  if (invert(m, block, model.inverse) != kDone) return kSingular;
+  Pace unasked;
+  if (invert(m, block, model.inverse, unasked) != kDone) return kSingular;
 
   setWeights(model, [block](std::int32_t a, std::int32_t b) { return block(a, b); });
   return kDone;

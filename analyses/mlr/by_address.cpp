@@ -10,7 +10,9 @@ namespace studystats::core {
 
 void CorFilt(const float* corrLimit, const double* r, const std::int32_t* ld, const std::int32_t* m,
              std::int32_t* flags) {
-  filterCollinear(*corrLimit, ColumnProducts({nullptr, 0}, {r, *ld}), *m, flags);
+  ColumnProducts products({nullptr, 0}, {r, *ld});
+  Pace unasked;
+  filterCollinear(*corrLimit, products, *m, flags, unasked);
 }
 
 void StepReg(const double* x, const std::int32_t* ldx, const std::int32_t* nCols, const std::int32_t* nObs,
@@ -29,8 +31,9 @@ void StepReg(const double* x, const std::int32_t* ldx, const std::int32_t* nCols
   const RegressionRows rows{{x, *ldx}, *nObs, *nCols, *m, means};
   ColumnProducts products(ConstMatrix{c, *nCols}, ConstMatrix{r, *nCols});
   const FitArrays model{coef, intercept, {inv, *nCols}, t, inList, outList};
+  Pace unasked;
   const StepHistory history{fStart, sStart, stepPartialF, stepF, stepS, stepAction, stepVar, nSteps};
-  *status = selectVariables(rows, products, rules, flags, model, &history, *scratch);
+  *status = selectVariables(rows, products, rules, flags, model, &history, *scratch, unasked);
 }
 
 }  // namespace studystats::core

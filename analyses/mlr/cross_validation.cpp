@@ -12,112 +12,153 @@
 
 #include "numeric/cross_products.h"
 #include "numeric/status.h"
-#include "numeric/validation.h"
 
 namespace studystats::core {
 namespace {
 
-// Means and cross-products of the training rows. A fold that starts with an empty model needs few of the products.
-ColumnProducts trainingProducts(const MlrValidation& v, std::int32_t nTrain, MlrScratch& s) {
-  const double* x = s.training.data();
-  double* c = s.products.data();
-  if (std::count(s.foldFlags.data(), s.foldFlags.data() + v.p - 1, 1) > 0) {
-    CrsPrd(x, &v.n, &v.p, &nTrain, &v.p, c, s.means.data());
-    return {ConstMatrix{c, v.p}, ConstMatrix{nullptr, 0}};
+using engine::FoldRows;
+using engine::RegressionFold;
+using engine::Status;
+
+// The rows, one below the other.
+void takeRows(const MlrProblem& v, std::span<const std::int32_t> rows, Matrix to) {
+  for (std::int32_t j = 0; j < v.p; ++j) {
+    const double* column = v.x.column(j);
+    double* packed = to.column(j);
+    for (std::size_t i = 0; i < rows.size(); ++i) packed[i] = column[rows[i]];
   }
-  columnMeans({x, v.n}, nTrain, v.p, s.means.data());
-  return {ConstMatrix{x, v.n}, nTrain, v.p, s.means.data(), Matrix{c, v.p}, s.known.data()};
 }
 
-// Adds the weighted squared prediction errors of the held-out rows.
-void predictHeldOut(const MlrValidation& v, MlrScratch& s, double intercept, double weight) {
-  for (std::int32_t i = 0; i < v.n; ++i) {
-    if (s.heldOut[i] != 1) continue;
+// Predictions of the rows by a model whose variables count from 1.
+void predict(const MlrProblem& v, std::span<const std::int32_t> rows, const std::int32_t* list, std::int32_t nIn,
+             const double* coef, double intercept, double* predictions) {
+  for (std::size_t i = 0; i < rows.size(); ++i) {
     double sum = 0.0;
-    for (std::int32_t a = 0; s.foldInList[a] > 0; ++a) sum += s.coef[a] * v.data(i, s.foldInList[a] - 1);
-    const double error = intercept + sum - v.data(i, v.p - 1);
-    *v.press += weight * (error * error);
+    for (std::int32_t a = 0; a < nIn; ++a) sum += coef[a] * v.x(rows[i], list[a] - 1);
+    predictions[i] = intercept + sum;
   }
 }
 
-// What fold g refitted: nIn coefficients and, behind them, the untransformed intercept.
-double& refit(const MlrValidation& v, MlrScratch& s, std::int32_t g, std::int32_t a) {
-  return s.refits[std::ptrdiff_t{g} * (v.nIn + 1) + a];
-}
-
-void keepRefit(const MlrValidation& v, MlrScratch& s, std::int32_t g, double intercept) {
+// The intercept in raw units.
+double rawIntercept(const MlrProblem& v, const MlrModel& model, const double* coef, double intercept) {
+  if (v.scale == nullptr) return intercept;
   double shifted = 0.0;
-  for (std::int32_t a = 0; a < v.nIn; ++a) {
-    const std::int32_t j = v.inList[a] - 1;
-    refit(v, s, g, a) = s.coef[a];
-    shifted += s.coef[a] * v.shift[j] / v.scale[j];
+  for (std::int32_t a = 0; a < model.nIn; ++a) {
+    const std::int32_t j = model.inList[a] - 1;
+    shifted += coef[a] * v.shift[j] / v.scale[j];
   }
-  refit(v, s, g, v.nIn) = intercept - shifted;
-}
-
-// One fold, counted from 0; kDone or the status of the fit that failed.
-std::int32_t runFold(const MlrValidation& v, MlrScratch& s, std::int32_t g, double weight) {
-  const std::int32_t group = g + 1;
-  std::int32_t nTrain = 0;
-  std::copy_n(s.startFlags.data(), v.p, s.foldFlags.data());
-  VldTrn(v.data.data, v.rowTags, s.training.data(), s.trainingTags.data(), s.order.data(), s.heldOut.data(),
-         s.usable.data(), &v.n, &v.p, &nTrain, &group);
-
-  // 1. The fold's own selection.
-  ColumnProducts products = trainingProducts(v, nTrain, s);
-  filterCollinear(v.rules.corrLimit, products, v.p - 1, s.foldFlags.data());
-  double intercept = 0.0;
-  const RegressionRows rows{{s.training.data(), v.n}, nTrain, v.p, v.p - 1, s.means.data()};
-  const FitArrays model{s.coef.data(), &intercept,          {s.inverse.data(), v.most},
-                        s.t.data(),    s.foldInList.data(), s.outList.data()};
-  std::int32_t status = selectVariables(rows, products, v.rules, s.foldFlags.data(), model, nullptr, s.fit);
-  if (status != kDone) return status;
-  for (std::int32_t j = 0; j < v.p - 1; ++j) v.selCount[j] += s.foldFlags[j] == 1 ? 1 : 0;
-
-  // 2. Its predictions.
-  predictHeldOut(v, s, intercept, weight);
-
-  // 3. The model of all rows, refitted.
-  FitNumbers fit;
-  status = fitModel(rows, products, v.flags, model, s.fit, fit);
-  if (status == kDone) keepRefit(v, s, g, intercept);
-  return status;
+  return intercept - shifted;
 }
 
 // Sum of squared deviations of refitted numbers from their mean. A single fold's do not deviate, numbers or not.
-double squaredDeviations(const MlrValidation& v, MlrScratch& s, std::int32_t nFolds, std::int32_t a) {
-  if (nFolds == 1) return 0.0;
+double squaredDeviations(const MlrSums& sums, std::int32_t nIn, std::int32_t a) {
+  if (sums.nFolds == 1) return 0.0;
+  const auto refit = [&](std::int32_t g) { return sums.refits[std::ptrdiff_t{g} * (nIn + 1) + a]; };
   double mean = 0.0, squares = 0.0;
-  for (std::int32_t g = 0; g < nFolds; ++g) mean += refit(v, s, g, a);
-  mean /= nFolds;
-  for (std::int32_t g = 0; g < nFolds; ++g) squares += (mean - refit(v, s, g, a)) * (mean - refit(v, s, g, a));
+  for (std::int32_t g = 0; g < sums.nFolds; ++g) mean += refit(g);
+  mean /= sums.nFolds;
+  for (std::int32_t g = 0; g < sums.nFolds; ++g) squares += (mean - refit(g)) * (mean - refit(g));
   return squares;
-}
-
-// Jackknife spreads over G folds, sqrt((G - 1) / G * sum of squared deviations), with the weight of the plan. The
-// factors stand in two orders, which differ in the last bit.
-void spreads(const MlrValidation& v, MlrScratch& s, std::int32_t nFolds, double weight) {
-  for (std::int32_t a = 0; a < v.nIn; ++a)
-    v.coefSd[v.inList[a] - 1] = std::sqrt(weight * (nFolds - 1) / nFolds * squaredDeviations(v, s, nFolds, a));
-  *v.interceptSd = std::sqrt((nFolds - 1) * weight * squaredDeviations(v, s, nFolds, v.nIn) / nFolds);
 }
 
 }  // namespace
 
-std::int32_t crossValidate(const MlrValidation& v, MlrScratch& scratch) {
-  const std::int32_t nFolds = cvFolds;
-  const double weight = cvPressWeight;
-  for (std::int32_t g = 0; g < nFolds; ++g) {
-    const std::int32_t report = g + 1;
-    updateminorprogress(&v.monitor, &report, &nFolds, v.continueFlag);
-    if (*v.continueFlag == 0) return kStopped;
-    if (runFold(v, scratch, g, weight) != kDone) {
-      *v.press = 0.0;
-      return kDone;
-    }
+MlrFoldScratch::MlrFoldScratch(Arena& arena, std::int32_t n, std::int32_t p, std::int32_t mostVariables,
+                               std::int32_t columns)
+    : most(mostVariables),
+      products(arena, p, columns),
+      inverse(arena, area(mostVariables, mostVariables)),
+      training(arena, area(n, p)),
+      fit(arena, n, mostVariables),
+      means(arena, p),
+      t(arena, p),
+      ownCoef(arena, mostVariables),
+      coef(arena, mostVariables),
+      predictions(arena, n),
+      rows(arena, n),
+      flags(arena, p),
+      outList(arena, p),
+      ownList(arena, p),
+      inList(arena, p),
+      own(arena, mostVariables),
+      refit(arena, mostVariables) {}
+
+ColumnProducts productsOf(ConstMatrix x, std::int32_t nRows, const MlrProblem& v, double* means,
+                          ProductScratch& scratch, Pace& pace) {
+  if (v.nStart > v.p / 2) {
+    crossProducts(x, nRows, v.p, {scratch.columns.data(), v.p}, means, pace);
+    return {ConstMatrix{scratch.columns.data(), v.p}, ConstMatrix{nullptr, 0}};
   }
-  spreads(v, scratch, nFolds, weight);
-  return kDone;
+  columnMeans(x, nRows, v.p, means);
+  return {x, nRows, v.p, means, scratch};
+}
+
+std::span<const std::int32_t> countedFromZero(const std::int32_t* list, std::int32_t n, std::int32_t* to) {
+  for (std::int32_t a = 0; a < n; ++a) to[a] = list[a] - 1;
+  return {to, static_cast<std::size_t>(n)};
+}
+
+RegressionFold runFold(const MlrProblem& v, const MlrModel& model, const FoldRows& rows, MlrFoldScratch& s,
+                       Pace& pace) {
+  const auto ended = [](std::int32_t status) { return status == kStopped ? Status::Stopped : Status::Singular; };
+  RegressionFold fold;
+  fold.rows = rows;
+  const auto nTraining = static_cast<std::int32_t>(rows.training.size());
+  const Matrix training{s.training.data(), v.n};
+  takeRows(v, rows.training, training);
+
+  // 1. The fold's own selection.
+  std::copy_n(v.start, v.p, s.flags.data());
+  ColumnProducts products = productsOf({training.data, v.n}, nTraining, v, s.means.data(), s.products, pace);
+  filterCollinear(v.rules.corrLimit, products, v.p - 1, s.flags.data(), pace);
+  const RegressionRows fitted{{training.data, v.n}, nTraining, v.p, v.p - 1, s.means.data()};
+  const FitArrays own{s.ownCoef.data(), &fold.own.intercept, {s.inverse.data(), s.most},
+                      s.t.data(),       s.ownList.data(),    s.outList.data()};
+  std::int32_t status = selectVariables(fitted, products, v.rules, s.flags.data(), own, nullptr, s.fit, pace);
+  fold.status = ended(status);
+  if (status != kDone) return fold;
+  fold.selected = true;
+  const auto nOwn = static_cast<std::int32_t>(std::count(s.flags.data(), s.flags.data() + v.p - 1, 1));
+  fold.own.descriptors = countedFromZero(s.ownList.data(), nOwn, s.own.data());
+  fold.own.coefficients = {s.ownCoef.data(), static_cast<std::size_t>(nOwn)};
+
+  // 2. Its predictions.
+  predict(v, rows.heldOut, s.ownList.data(), nOwn, s.ownCoef.data(), fold.own.intercept, s.predictions.data());
+  fold.predictions = {s.predictions.data(), rows.heldOut.size()};
+
+  // 3. The model of all rows, refitted.
+  FitNumbers fit;
+  const FitArrays refitted{s.coef.data(), &fold.refit.intercept, own.inv, s.t.data(), s.inList.data(), own.outList};
+  status = fitModel(fitted, products, model.flags, refitted, s.fit, fit, pace);
+  fold.status = status == kDone ? Status::Done : ended(status);
+  if (status != kDone) return fold;
+  fold.refit.descriptors = countedFromZero(s.inList.data(), fit.nIn, s.refit.data());
+  fold.refit.coefficients = {s.coef.data(), static_cast<std::size_t>(fit.nIn)};
+  fold.rawIntercept = rawIntercept(v, model, s.coef.data(), fold.refit.intercept);
+  return fold;
+}
+
+void addFold(const MlrProblem& v, const RegressionFold& fold, double weight, MlrSums& sums) {
+  if (fold.selected)
+    for (const std::int32_t j : fold.own.descriptors) ++sums.selCount[j];
+  if (fold.status != Status::Done) {
+    *sums.press = 0.0;
+    return;
+  }
+  for (std::size_t i = 0; i < fold.rows.heldOut.size(); ++i) {
+    const double error = fold.predictions[i] - v.x(fold.rows.heldOut[i], v.p - 1);
+    *sums.press += weight * (error * error);
+  }
+  const auto nIn = static_cast<std::ptrdiff_t>(fold.refit.coefficients.size());
+  double* refit = sums.refits + sums.nFolds++ * (nIn + 1);
+  *std::copy(fold.refit.coefficients.begin(), fold.refit.coefficients.end(), refit) = fold.rawIntercept;
+}
+
+// The factors stand in two orders, which differ in the last bit.
+double jackknifeSpread(const MlrSums& sums, std::int32_t nIn, std::int32_t a, double weight) {
+  const std::int32_t g = sums.nFolds;
+  const double squares = squaredDeviations(sums, nIn, a);
+  return a < nIn ? std::sqrt(weight * (g - 1) / g * squares) : std::sqrt((g - 1) * weight * squares / g);
 }
 
 }  // namespace studystats::core

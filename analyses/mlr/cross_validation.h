@@ -1,40 +1,72 @@
-// Cross-validation of a regression, its selection of variables included.
+// Cross-validation of a regression, its selection of variables included: what one fold does, and what is summed over
+// the folds.
 #pragma once
 
-#include <studystats/frame.h>
+#include <studystats/engine/regression.h>
 
 #include <cstdint>
 
-#include "analyses/mlr/scratch.h"
 #include "analyses/mlr/selection.h"
 #include "numeric/matrix_view.h"
+#include "numeric/regression_fit.h"
+#include "numeric/scratch.h"
 
 namespace studystats::core {
 
-struct MlrValidation {
-  ConstMatrix data;  // n x p, response last
+// What is analysed, shared by all folds.
+struct MlrProblem {
+  ConstMatrix x;  // n x p, response last
   std::int32_t n, p;
-  std::int32_t most;  // variables that a model can have
-  const std::int32_t* rowTags;
   SelectionRules rules;
-  const std::int32_t* flags;   // the model selected on all rows
-  const std::int32_t* inList;  // its nIn variables
-  std::int32_t nIn;
-  const double *scale, *shift;
-  ProgressMonitor* monitor;
-  std::int32_t* continueFlag;
-
-  // out
-  double* press;           // weighted squared prediction errors; starts at the value it holds
-  std::int32_t* selCount;  // by variable: folds whose own selection chose it
-  double* coefSd;          // by variable, of the model's: jackknife spread of the coefficients refitted in the folds
-  double* interceptSd;     // the same of the intercept in untransformed units
+  const std::int32_t* start;    // p: the model that every selection starts from, 1 = in
+  std::int32_t nStart;          // variables in it
+  const double *scale, *shift;  // p; null: the variables have not been transformed
 };
 
-// Runs the folds of the plan that is stored, over scratch.order and scratch.usable; scratch.startFlags is the model
-// that every fold starts from. kDone, or kStopped when the host asked to stop.
-//
-// A fold in which a fit fails ends the validation with kDone: press is then 0 and the spreads are not written.
-std::int32_t crossValidate(const MlrValidation& validation, MlrScratch& scratch);
+// The model selected on all rows.
+struct MlrModel {
+  const std::int32_t* flags;   // p
+  const std::int32_t* inList;  // its variables, from 1
+  std::int32_t nIn;
+};
+
+// One fold at a time. Models have `most` variables at most, and `columns` columns of their cross-products are needed.
+struct MlrFoldScratch {
+  MlrFoldScratch(Arena& arena, std::int32_t n, std::int32_t p, std::int32_t mostVariables, std::int32_t columns);
+
+  std::int32_t most;
+  ProductScratch products;
+  Array<double> inverse, training;
+  FitScratch fit;
+  Array<double> means, t, ownCoef, coef, predictions;
+  Array<std::int32_t> rows, flags, outList, ownList, inList;  // lists from 1, and ...
+  Array<std::int32_t> own, refit;                             // ... the same from 0, as they are shown
+};
+
+// Means and cross-products of the first nRows rows of x: all of them when most variables are in the starting model, or
+// else a column when a selection asks for it.
+ColumnProducts productsOf(ConstMatrix x, std::int32_t nRows, const MlrProblem& problem, double* means,
+                          ProductScratch& scratch, Pace& pace);
+
+// The variables of the lists, counted from 0.
+std::span<const std::int32_t> countedFromZero(const std::int32_t* list, std::int32_t n, std::int32_t* to);
+
+// Selection on the training rows, predictions of those held out, and the model of all rows refitted.
+engine::RegressionFold runFold(const MlrProblem& problem, const MlrModel& model, const engine::FoldRows& rows,
+                               MlrFoldScratch& scratch, Pace& pace);
+
+// Sums over the folds.
+struct MlrSums {
+  double* press;
+  std::int32_t* selCount;  // by variable
+  double* refits;          // by fold: coefficients by position, then the untransformed intercept
+  std::int32_t nFolds = 0;
+};
+
+// A fold that is singular ends the validation: press is then 0.
+void addFold(const MlrProblem& problem, const engine::RegressionFold& fold, double weight, MlrSums& sums);
+
+// Jackknife spreads over the folds: spread(a) of the coefficient of position a, spread(nIn) of the intercept.
+double jackknifeSpread(const MlrSums& sums, std::int32_t nIn, std::int32_t a, double weight);
 
 }  // namespace studystats::core

@@ -10,6 +10,8 @@
 #include "analyses/mlr/selection.h"
 #include "analyses/mlr/statistics.h"
 #include "numeric/cross_products.h"
+#include "numeric/folds.h"
+#include "numeric/host_reports.h"
 #include "numeric/least_squares.h"
 #include "numeric/multiversion.h"
 #include "numeric/sorting.h"
@@ -41,6 +43,28 @@ void correlations(ConstMatrix c, std::int32_t p, double* squares, Matrix r) {
   }
 }
 
+// What the entry point needs of scratch memory besides that of its folds: the matrices of all columns, and the
+// validation order.
+struct MulRegScratch {
+  MulRegScratch(Arena& arena, std::int32_t n, std::int32_t p, std::int32_t folds)
+      : products(arena, area(p, p)),
+        method(arena, n, p, p - 1, folds),
+        fold(arena, n, p, p - 1, p),
+        response(arena, n),
+        sortBuffer(arena, n),
+        positions(arena, n),
+        order(arena, n),
+        usable(arena, n),
+        heldOut(arena, n) {}
+
+  Array<double> products;
+  MlrScratch method;
+  MlrFoldScratch fold;
+  Array<double> response;
+  Array<SortEntry> sortBuffer;
+  Array<std::int32_t> positions, order, usable, heldOut;
+};
+
 // Keeps what the statistics need of the last fit, whose arrays the folds use again; the number of its variables.
 std::int32_t recordModel(const FitArrays& model, std::int32_t n, std::int32_t m, std::int32_t* df, MlrScratch& s) {
   const auto nIn = m - static_cast<std::int32_t>(std::count(model.inList, model.inList + m, 0));
@@ -51,22 +75,41 @@ std::int32_t recordModel(const FitArrays& model, std::int32_t n, std::int32_t m,
   return nIn;
 }
 
-// Makes the plan and the validation order by ascending response. The builder of systematic groups reads its marks of
-// usable rows by position, that of random subsets by row: they are laid out so that both mean the row.
-void orderForValidation(ConstMatrix data, std::int32_t n, std::int32_t p, std::int32_t* rowIds,
-                        const std::int32_t* usable, MlrScratch& s) {
+// Makes the plan and the validation order by ascending response, and stores the plan. The builder of systematic groups
+// reads its marks of usable rows by position, that of random subsets by row: they are laid out so that both mean the
+// row.
+PlannedFolds planFolds(ConstMatrix data, std::int32_t n, std::int32_t p, std::int32_t* rowIds,
+                       const std::int32_t* usable, MulRegScratch& s) {
   VldPln(&n);
   std::copy_n(data.column(p - 1), n, s.response.data());
   orderRows(s.response.data(), rowIds, n, s.order.data(), s.positions.data(), s.sortBuffer.data());
   std::copy_n(usable, n, s.usable.data());
-  if (cvMethod != kSystematicGroups) return;
-  for (std::int32_t i = 0; i < n; ++i) s.usable[i] = s.order[i] > 0 ? usable[s.order[i] - 1] : 0;
+  for (std::int32_t i = 0; cvMethod == kSystematicGroups && i < n; ++i)
+    s.usable[i] = s.order[i] > 0 ? usable[s.order[i] - 1] : 0;
+  return {cvMethod, {cvFolds, cvLeaveOut, cvPressWeight}, n, s.order.data(), s.usable.data(), s.heldOut.data()};
+}
+
+// Runs the folds; kDone or kStopped. A singular fold ends them, and the spreads are then not written.
+std::int32_t validate(const MlrProblem& problem, const MlrModel& model, PlannedFolds& folds, MlrFoldScratch& s,
+                      MlrSums& sums, Pace& pace, double* coefSd, double* interceptSd) {
+  const double weight = folds.plan.pressWeight;
+  for (std::int32_t g = 0; g < folds.plan.folds; ++g) {
+    if (!pace.begin(g + 1, folds.plan.folds)) return kStopped;
+    const engine::FoldRows rows = folds(g, {s.rows.data(), static_cast<std::size_t>(problem.n)});
+    const engine::RegressionFold fold = runFold(problem, model, rows, s, pace);
+    addFold(problem, fold, weight, sums);
+    if (fold.status != engine::Status::Done) return kDone;
+  }
+  for (std::int32_t a = 0; a < model.nIn; ++a)
+    coefSd[model.inList[a] - 1] = jackknifeSpread(sums, model.nIn, a, weight);
+  *interceptSd = jackknifeSpread(sums, model.nIn, model.nIn, weight);
+  return kDone;
 }
 
 }  // namespace
 }  // namespace studystats::core
 
-void MulReg(const double* data, const std::int32_t* rowTags, std::int32_t* rowIds, const std::int32_t* usable,
+void MulReg(const double* data, const std::int32_t* /*rowTags*/, std::int32_t* rowIds, const std::int32_t* usable,
             std::int32_t nRows, std::int32_t nCols, const double* scale, const double* shift, double* corr,
             std::int64_t /*reserved*/, float fEnter, float fRemove, std::int32_t maxSteps, float corrLimit,
             std::int32_t* flags, std::int32_t cvMethod, std::int32_t cvGroups, float cvFraction, double* fitted,
@@ -78,6 +121,7 @@ void MulReg(const double* data, const std::int32_t* rowTags, std::int32_t* rowId
             std::int32_t* nSteps, const std::int32_t* maxFolds, std::int32_t* status, ProgressMonitor* progressMonitor,
             std::int32_t* continueFlag) {
   namespace core = studystats::core;
+  namespace engine = studystats::engine;
   core::cvMethod = cvMethod;
   core::cvGroups = cvGroups;
   core::cvFraction = cvFraction;
@@ -90,48 +134,49 @@ void MulReg(const double* data, const std::int32_t* rowTags, std::int32_t* rowId
   const core::SelectionRules rules{fEnter, fRemove, corrLimit, std::max(maxSteps, 0)};
   const bool startWithAll = fEnter <= core::kEnterAll || maxSteps <= 0;
   const std::int32_t folds = core::planValidation({cvMethod, cvGroups, cvFraction}, nRows).folds;
-  core::Obtained<core::MlrScratch> memory(nRows, nCols, std::max(*maxFolds, folds));
+  core::Obtained<core::MulRegScratch> memory(nRows, nCols, std::max(*maxFolds, folds));
   if (!memory) {
     *status = core::kNoScratch;
     return;
   }
-  core::MlrScratch& scratch = *memory;
+  core::MlrScratch& scratch = memory->method;
 
-  // 1. The starting model, of which every fold keeps a copy.
+  // 1. The starting model, from which every fold starts, too.
   if (startWithAll) std::fill_n(flags, nCols, 1);
-  std::copy_n(flags, m, scratch.startFlags.data());
+  std::copy_n(flags, m, scratch.start.data());
   const auto nStart = static_cast<std::int32_t>(std::count(flags, flags + m, 1));
-  const std::int32_t most = core::mostVariables(nStart, m, rules);
+  const core::MlrProblem problem{{data, nRows}, nRows, nCols, rules, scratch.start.data(), nStart, scale, shift};
 
   // 2. Means, cross-products and correlations of all columns.
-  const core::ConstMatrix x{data, nRows}, c{scratch.products.data(), nCols};
-  core::CrsPrd(data, &nRows, &nCols, &nRows, &nCols, scratch.products.data(), scratch.means.data());
+  const core::ConstMatrix c{memory->products.data(), nCols};
+  core::CrsPrd(data, &nRows, &nCols, &nRows, &nCols, memory->products.data(), scratch.means.data());
   core::correlations(c, nCols, scratch.diagonal.data(), {corr, nCols});
   const double tss = c(m, m);
 
   // 3. Collinear variables leave the starting model; then the selection on all rows.
   core::CorFilt(&corrLimit, corr, &nCols, &m, flags);
   core::ColumnProducts products(c, core::ConstMatrix{corr, nCols});
-  const core::RegressionRows rows{x, nRows, nCols, m, scratch.means.data()};
+  const core::RegressionRows rows{problem.x, nRows, nCols, m, scratch.means.data()};
   const core::FitArrays model{
-      coef, intercept, {scratch.inverse.data(), most}, scratch.t.data(), inList, scratch.outList.data()};
+      coef, intercept, {scratch.inverse.data(), m}, scratch.t.data(), inList, scratch.outList.data()};
   const core::StepHistory history{fStart, sStart, stepPartialF, stepF, stepS, stepAction, stepVar, nSteps};
-  *status = core::selectVariables(rows, products, rules, flags, model, &history, scratch.fit);
+  core::Pace unasked;
+  *status = core::selectVariables(rows, products, rules, flags, model, &history, scratch.fit, unasked);
   if (*status != core::kDone) return;
   *nIn = core::recordModel(model, nRows, m, df, scratch);
 
   // 4. Cross-validation of filter and selection.
   *press = 0.0;
   std::fill_n(cvSelCount, m, 0);
-  core::orderForValidation(x, nRows, nCols, rowIds, usable, scratch);
-  const core::MlrValidation validation{x,          nRows,    nCols,        most,  rowTags,         rules,        flags,
-                                       inList,     *nIn,     scale,        shift, progressMonitor, continueFlag, press,
-                                       cvSelCount, cvCoefSd, cvInterceptSd};
-  *status = core::crossValidate(validation, scratch);
+  core::PlannedFolds planned = core::planFolds(problem.x, nRows, nCols, rowIds, usable, *memory);
+  core::MlrSums sums{press, cvSelCount, scratch.refits.data()};
+  core::HostReports reports{&progressMonitor, continueFlag};
+  core::Pace pace{engine::Checkpoint(reports)};
+  *status = core::validate(problem, {flags, inList, *nIn}, planned, memory->fold, sums, pace, cvCoefSd, cvInterceptSd);
   if (*status != core::kDone) return;
 
   // 5. Statistics of the model of all rows, and the model in untransformed units.
-  core::modelStatistics({x, nRows, nCols, *nIn, inList, coef, intercept, scratch.diagonal.data(), tss, *press},
+  core::modelStatistics({problem.x, nRows, nCols, *nIn, inList, coef, intercept, scratch.diagonal.data(), tss, *press},
                         {fitted, resid, sumSq, df, multR, fValue, sValue, fProb, q2, coefSe, tValue, tProb});
   core::UnScale(coef, intercept, &nCols, nIn, inList, scale, shift, cvCoefSd, coefSe, rawCoef, rawIntercept);
 }

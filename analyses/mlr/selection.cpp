@@ -35,16 +35,19 @@ std::int32_t mostVariables(std::int32_t nStart, std::int32_t m, const SelectionR
   return static_cast<std::int32_t>(std::min<std::int64_t>(m, std::int64_t{nStart} + rules.maxSteps));
 }
 
-void filterCollinear(float corrLimit, const ColumnProducts& products, std::int32_t m, std::int32_t* flags) {
+void filterCollinear(float corrLimit, ColumnProducts& products, std::int32_t m, std::int32_t* flags, Pace& pace) {
   const double limit = corrLimit + 1e-5F;  // a 32-bit sum
-  for (std::int32_t i = 0; i < m; ++i)
-    for (std::int32_t j = i + 1; flags[i] == 1 && j < m; ++j)
+  for (std::int32_t i = 0; i < m; ++i) {
+    if (flags[i] != 1) continue;
+    products.require(i, pace);
+    for (std::int32_t j = i + 1; j < m; ++j)
       if (std::fabs(products.correlation(i, j)) > limit) flags[j] = 0;
+  }
 }
 
 std::int32_t selectVariables(const RegressionRows& rows, ColumnProducts& products, const SelectionRules& rules,
                              std::int32_t* flags, const FitArrays& model, const StepHistory* history,
-                             FitScratch& scratch) {
+                             FitScratch& scratch, Pace& pace) {
   const auto finish = [history](std::int32_t nSteps, std::int32_t status) {
     if (history != nullptr) *history->nSteps = nSteps;
     return status;
@@ -55,7 +58,7 @@ std::int32_t selectVariables(const RegressionRows& rows, ColumnProducts& product
   bool stopping = false;
   for (std::int32_t k = 0;;) {
     FitNumbers fit;
-    const std::int32_t status = fitModel(rows, products, flags, model, scratch, fit);
+    const std::int32_t status = fitModel(rows, products, flags, model, scratch, fit, pace);
     recordFit(history, k, fit);
     if (stopping) return finish(k - 2, status);
     if (status != kDone || k >= rules.maxSteps) return finish(k, status);
@@ -76,7 +79,8 @@ std::int32_t selectVariables(const RegressionRows& rows, ColumnProducts& product
       last = 0;
       continue;
     }
-    last = entryCandidate(rows, products, rules.corrLimit, model, fit, scratch);
+    last = entryCandidate(rows, products, rules.corrLimit, model, fit, scratch, pace);
+    if (pace.stopped()) return finish(k - 1, kStopped);
     if (last == 0) return finish(k - 1, kDone);
     flags[last - 1] = 1;
     recordAction(history, k, kEntered, last);

@@ -1,6 +1,8 @@
 // Stepwise selection of the variables of a regression: forward selection with backward elimination.
 #pragma once
 
+#include <studystats/engine/regression.h>
+
 #include <cstdint>
 
 #include "analyses/mlr/by_address.h"  // IWYU pragma: export
@@ -9,10 +11,7 @@
 
 namespace studystats::core {
 
-struct SelectionRules {
-  float fEnter, fRemove, corrLimit;
-  std::int32_t maxSteps;
-};
+using SelectionRules = engine::SelectionRules;
 
 // The most variables that a model can have on the way from a starting model of nStart out of m.
 std::int32_t mostVariables(std::int32_t nStart, std::int32_t m, const SelectionRules& rules);
@@ -26,11 +25,12 @@ struct StepHistory {
 };
 
 // What CorFilt (by_address.h) does.
-void filterCollinear(float corrLimit, const ColumnProducts& products, std::int32_t m, std::int32_t* flags);
+void filterCollinear(float corrLimit, ColumnProducts& products, std::int32_t m, std::int32_t* flags, Pace& pace);
 
-// What StepReg does, on scratch memory of the caller that suits a model of mostVariables; history may be null.
+// What StepReg does, on scratch memory of the caller that suits a model of mostVariables; history may be null. kStopped
+// once pace has stopped.
 std::int32_t selectVariables(const RegressionRows& rows, ColumnProducts& products, const SelectionRules& rules,
                              std::int32_t* flags, const FitArrays& model, const StepHistory* history,
-                             FitScratch& scratch);
+                             FitScratch& scratch, Pace& pace);
 
 }  // namespace studystats::core

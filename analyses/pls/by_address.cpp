@@ -17,24 +17,23 @@ namespace studystats::core {
 namespace {
 
 // Scratch of a fit whose data lie column after column.
-struct FitScratch {
-  FitScratch(std::int32_t n, std::int32_t p, std::int32_t q, std::int32_t nComponents)
-      : component(n, q),
-        samples(p, nComponents),
-        rotations(area(p, nComponents)),
-        scoreSquares(nComponents),
-        storage(area(n, std::ptrdiff_t{p} + q)),
-        rows(n) {}
-  explicit operator bool() const { return obtained(component, samples, rotations, scoreSquares, storage, rows); }
+struct PlsFitScratch {
+  PlsFitScratch(Arena& arena, std::int32_t n, std::int32_t p, std::int32_t q, std::int32_t nComponents)
+      : component(arena, n, q),
+        samples(arena, p, nComponents),
+        rotations(arena, area(p, nComponents)),
+        scoreSquares(arena, nComponents),
+        storage(arena, area(n, std::ptrdiff_t{p} + q)),
+        rows(arena, n) {}
 
   PlsComponentScratch component;
   PlsSampleScratch samples;
-  Scratch<double> rotations, scoreSquares, storage;
-  Scratch<std::int32_t> rows;
+  Array<double> rotations, scoreSquares, storage;
+  Array<std::int32_t> rows;
 };
 
 // The model and its coefficients. The data, n x (p + q), are deflated by every component that was found.
-std::int32_t fit(Matrix data, std::int32_t n, const PlsModel& model, double* coefs, FitScratch& s) {
+std::int32_t fit(Matrix data, std::int32_t n, const PlsModel& model, double* coefs, PlsFitScratch& s) {
   std::iota(s.rows.data(), s.rows.data() + n, 1);
   PlsData current(s.storage.data(), n, model.p, model.q);
   takeSamples({data.data, data.ld}, s.rows.data(), current);
@@ -50,19 +49,18 @@ std::int32_t fit(Matrix data, std::int32_t n, const PlsModel& model, double* coe
 }
 
 // Scratch of a validation by addresses.
-struct CvlScratch {
-  CvlScratch(std::int32_t n, std::int32_t p, std::int32_t q, std::int32_t nComponents)
-      : folds(n, p, q, nComponents),
-        fit(n, p, q, nComponents),
-        means(area(area(p, nComponents), q)),
-        squares(area(area(p, nComponents), q)),
-        contrib(nComponents),
-        cumulative(nComponents) {}
-  explicit operator bool() const { return obtained(folds, fit, means, squares, contrib, cumulative); }
+struct PlsCvlScratch {
+  PlsCvlScratch(Arena& arena, std::int32_t n, std::int32_t p, std::int32_t q, std::int32_t nComponents)
+      : folds(arena, n, p, q, nComponents),
+        fit(arena, n, p, q, nComponents),
+        means(arena, area(area(p, nComponents), q)),
+        squares(arena, area(area(p, nComponents), q)),
+        contrib(arena, nComponents),
+        cumulative(arena, nComponents) {}
 
   PlsFoldScratch folds;
-  FitScratch fit;
-  Scratch<double> means, squares, contrib, cumulative;
+  PlsFitScratch fit;
+  Array<double> means, squares, contrib, cumulative;
 };
 
 // The caller's working arrays, and the tags that travel with the rows.
@@ -98,7 +96,7 @@ void addToSums(const PlsValidation& v, const PlsModel& model, const CvlArrays& a
 
 // The held-out rows, predicted one by one from the working copy.
 void predictHeldOut(const PlsValidation& v, const PlsModel& model, std::int32_t nHeld, double weight,
-                    const CvlArrays& arrays, CvlScratch& s) {
+                    const CvlArrays& arrays, PlsCvlScratch& s) {
   const std::int32_t a = model.nComponents;
   for (std::int32_t k = 0; k < v.q; ++k)
     for (std::int32_t i = 0; i < nHeld; ++i) {
@@ -112,7 +110,7 @@ void predictHeldOut(const PlsValidation& v, const PlsModel& model, std::int32_t 
     }
 }
 
-std::int32_t runFolds(const PlsValidation& v, const PlsModel& model, const CvlArrays& arrays, CvlScratch& s) {
+std::int32_t runFolds(const PlsValidation& v, const PlsModel& model, const CvlArrays& arrays, PlsCvlScratch& s) {
   // 1. The rows of the model, the first response sorted; plan and order.
   const std::int32_t nModel = orderForValidation(v, s.folds);
   packRows(v, s.folds.modelRows.data(), nModel, arrays.work);
@@ -149,18 +147,18 @@ void PlsCmp(const double* data, const std::int32_t* nRows, const std::int32_t* /
             const std::int32_t* nResponses, double* scores, double* weights, double* loadings, double* respWeights,
             double* innerCoef, std::int32_t* status) {
   const std::int32_t n = std::max(*nRows, 0), p = std::max(*nDescriptors, 0), q = std::max(*nResponses, 0);
-  Scratch<double> u(n), uBefore(n), samples(area(n, std::ptrdiff_t{p} + q));
-  Scratch<std::int32_t> rows(n);
-  if (!obtained(u, uBefore, samples, rows)) {
+  Obtained<PlsFitScratch> scratch(n, p, q, 0);
+  if (!scratch) {
     *status = kNoScratch;
     return;
   }
-  std::iota(rows.data(), rows.data() + n, 1);
-  PlsData current(samples.data(), n, p, q);
-  takeSamples({data, n}, rows.data(), current);
+  std::iota(scratch->rows.data(), scratch->rows.data() + n, 1);
+  PlsData current(scratch->storage.data(), n, p, q);
+  takeSamples({data, n}, scratch->rows.data(), current);
+  double* u = scratch->component.u.data();
   PlsComponent component{scores, weights, loadings, respWeights, innerCoef};
-  rowSums(current.x, u.data(), startVector(current, u.data()), weights);
-  *status = extractComponent(current, component, u.data(), uBefore.data());
+  rowSums(current.x, u, startVector(current, u), weights);
+  *status = extractComponent(current, component, u, scratch->component.uBefore.data());
 }
 
 void PlsPrd(double* sampleWork, const std::int32_t* nUse, const std::int32_t* nDescriptors, const std::int32_t* nModel,
@@ -183,14 +181,14 @@ void PlsFit(double* data, const std::int32_t* nRows, const std::int32_t* /*m*/, 
             double* respWeights, double* inner, double* coefs, std::int32_t* status) {
   const std::int32_t n = std::max(*nRows, 0), p = std::max(*nDescriptors, 0), q = std::max(*nResponses, 0);
   const std::int32_t nModel = std::max(*nComponents, 0);
-  FitScratch scratch(n, p, q, nModel);
+  Obtained<PlsFitScratch> scratch(n, p, q, nModel);
   if (!scratch) {
     *status = kNoScratch;
     return;
   }
   const PlsModel model{
-      p, q, nModel, {weights, p}, {loadings, p}, {respWeights, nModel}, inner, scratch.scoreSquares.data()};
-  *status = fit({data, n}, n, model, coefs, scratch);
+      p, q, nModel, {weights, p}, {loadings, p}, {respWeights, nModel}, inner, scratch->scoreSquares.data()};
+  *status = fit({data, n}, n, model, coefs, *scratch);
 }
 
 void PlsCvl(const double* data, const std::int32_t* rowTags, double* work, std::int32_t* workTags,
@@ -205,16 +203,16 @@ void PlsCvl(const double* data, const std::int32_t* rowTags, double* work, std::
   const std::int32_t n = std::max(*nRows, 0), p = std::max(*nDescriptors, 0), q = std::max(*nResponses, 0);
   const std::int32_t nModel = std::max(*nComponents, 0), nUsed = std::clamp(*nComputed, 0, nModel);
   if (*nColumns < std::int64_t{p} + q) return;
-  CvlScratch scratch(n, p, q, nModel);
+  Obtained<PlsCvlScratch> scratch(n, p, q, nModel);
   if (!scratch) {
     *status = kNoScratch;
     return;
   }
   const PlsModel model{
-      p, q, nModel, {weights, p}, {loadings, p}, {respWeights, nModel}, inner, scratch.fit.scoreSquares.data()};
+      p, q, nModel, {weights, p}, {loadings, p}, {respWeights, nModel}, inner, scratch->fit.scoreSquares.data()};
   const PlsValidation validation{{data, n}, rowUse,       n,        *nColumns,       p,         q, nUsed,
                                  monitor,   continueFlag, rowOrder, {press, nModel}, coefErrors};
-  *status = runFolds(validation, model, {rowTags, {work, n}, workTags, sampleWork, foldCoefs, s1, s2}, scratch);
+  *status = runFolds(validation, model, {rowTags, {work, n}, workTags, sampleWork, foldCoefs, s1, s2}, *scratch);
 }
 
 }  // namespace studystats::core

@@ -39,10 +39,10 @@ struct PlsModel {
 
 // Vectors of the extraction, for n rows and q responses.
 struct PlsComponentScratch {
-  PlsComponentScratch(std::int32_t n, std::int32_t q) : u(n), uBefore(n), scores(n), respWeights(q) {}
-  explicit operator bool() const { return obtained(u, uBefore, scores, respWeights); }
+  PlsComponentScratch(Arena& arena, std::int32_t n, std::int32_t q)
+      : u(arena, n), uBefore(arena, n), scores(arena, n), respWeights(arena, q) {}
 
-  Scratch<double> u, uBefore, scores, respWeights;
+  Array<double> u, uBefore, scores, respWeights;
 };
 
 struct PlsComponent {

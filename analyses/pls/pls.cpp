@@ -105,8 +105,9 @@ void summarise(const ResponseErrors& errors, std::int32_t q, std::int32_t chosen
 std::int32_t analyse(const PlsAnalysis& given) {
   const std::int32_t n = given.n, p = given.p, q = given.q, nModel = given.nComponents;
   if (n < 0 || p < 0 || given.m < std::int64_t{p} + q) return kSingular;
-  PlsScratch scratch(n, p, q, nModel);
-  if (!scratch) return kNoScratch;
+  Obtained<PlsScratch> memory(n, p, q, nModel);
+  if (!memory) return kNoScratch;
+  PlsScratch& scratch = *memory;
   listModelRows(given.rowUse, n, scratch.folds.rows.data(), given.rowOrder);
   if (!given.scaled) std::fill_n(given.scales, given.m, 1.0);
 

@@ -13,11 +13,10 @@ constexpr int kSampleBlock = 16;  // samples scored together
 
 // Room for a block of samples: descriptor after descriptor, and their scores, component after component.
 struct PlsSampleScratch {
-  PlsSampleScratch(std::int32_t p, std::int32_t nComponents)
-      : samples(area(p, kSampleBlock)), scores(area(nComponents, kSampleBlock)) {}
-  explicit operator bool() const { return obtained(samples, scores); }
+  PlsSampleScratch(Arena& arena, std::int32_t p, std::int32_t nComponents)
+      : samples(arena, area(p, kSampleBlock)), scores(arena, area(nComponents, kSampleBlock)) {}
 
-  Scratch<double> samples, scores;
+  Array<double> samples, scores;
 };
 
 // The scores of one sample, `stride` apart.

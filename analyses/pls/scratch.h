@@ -15,12 +15,12 @@ namespace studystats::core {
 
 // Weights, loadings, response weights and inner coefficients of one model.
 struct PlsModelScratch {
-  PlsModelScratch(std::int32_t p, std::int32_t q, std::int32_t nComponents)
-      : weights(area(p, nComponents)),
-        loadings(area(p, nComponents)),
-        respWeights(area(nComponents, q)),
-        inner(nComponents),
-        scoreSquares(nComponents),
+  PlsModelScratch(Arena& arena, std::int32_t p, std::int32_t q, std::int32_t nComponents)
+      : weights(arena, area(p, nComponents)),
+        loadings(arena, area(p, nComponents)),
+        respWeights(arena, area(nComponents, q)),
+        inner(arena, nComponents),
+        scoreSquares(arena, nComponents),
         view{p,
              q,
              nComponents,
@@ -29,59 +29,51 @@ struct PlsModelScratch {
              {respWeights.data(), nComponents},
              inner.data(),
              scoreSquares.data()} {}
-  explicit operator bool() const { return obtained(weights, loadings, respWeights, inner, scoreSquares); }
 
-  Scratch<double> weights, loadings, respWeights, inner, scoreSquares;
+  Array<double> weights, loadings, respWeights, inner, scoreSquares;
   PlsModel view;
 };
 
 // What a validation needs beside the model that it fits and the sums that it keeps: n rows, p descriptors, q responses.
 struct PlsFoldScratch {
-  PlsFoldScratch(std::int32_t n, std::int32_t p, std::int32_t q, std::int32_t nComponents)
-      : component(n, q),
-        samples(p, nComponents),
-        rotations(area(p, nComponents)),
-        key(n),
-        sortBuffer(n),
-        modelRows(n),
-        positions(n),
-        inverse(n),
-        order(n),
-        usable(n),
-        heldOut(n),
-        rows(area(n, 2)) {}
-  explicit operator bool() const {
-    return obtained(component, samples, rotations, key, sortBuffer, modelRows, positions, inverse, order, usable,
-                    heldOut, rows);
-  }
+  PlsFoldScratch(Arena& arena, std::int32_t n, std::int32_t p, std::int32_t q, std::int32_t nComponents)
+      : component(arena, n, q),
+        samples(arena, p, nComponents),
+        rotations(arena, area(p, nComponents)),
+        key(arena, n),
+        sortBuffer(arena, n),
+        modelRows(arena, n),
+        positions(arena, n),
+        inverse(arena, n),
+        order(arena, n),
+        usable(arena, n),
+        heldOut(arena, n),
+        rows(arena, area(n, 2)) {}
 
   PlsComponentScratch component;
   PlsSampleScratch samples;
-  Scratch<double> rotations;
+  Array<double> rotations;
 
   // Of the validation order: positions among the rows of the model, counted from 1.
-  Scratch<double> key;
-  Scratch<SortEntry> sortBuffer;
-  Scratch<std::int32_t> modelRows, positions, inverse, order, usable, heldOut;
+  Array<double> key;
+  Array<SortEntry> sortBuffer;
+  Array<std::int32_t> modelRows, positions, inverse, order, usable, heldOut;
 
-  Scratch<std::int32_t> rows;  // of the data, counted from 1: those of a training subset in column 1, or held out
+  Array<std::int32_t> rows;  // of the data, counted from 1: those of a training subset in column 1, or held out
 };
 
 struct PlsScratch {
-  PlsScratch(std::int32_t n, std::int32_t p, std::int32_t q, std::int32_t nComponents)
-      : data(area(n, std::ptrdiff_t{p} + q)),
-        foldCoefs(area(area(p, nComponents), q)),
-        means(area(area(p, nComponents), q)),
-        squares(area(area(p, nComponents), q)),
-        tables(obtained(data, foldCoefs, means, squares)),
-        model(tables ? p : 0, tables ? q : 0, tables ? nComponents : 0),
-        foldModel(tables ? p : 0, tables ? q : 0, tables ? nComponents : 0),
-        folds(tables ? n : 0, tables ? p : 0, tables ? q : 0, tables ? nComponents : 0) {}
-  explicit operator bool() const { return tables && obtained(model, foldModel, folds); }
+  PlsScratch(Arena& arena, std::int32_t n, std::int32_t p, std::int32_t q, std::int32_t nComponents)
+      : data(arena, area(n, std::ptrdiff_t{p} + q)),
+        foldCoefs(arena, area(area(p, nComponents), q)),
+        means(arena, area(area(p, nComponents), q)),
+        squares(arena, area(area(p, nComponents), q)),
+        model(arena, p, q, nComponents),
+        foldModel(arena, p, q, nComponents),
+        folds(arena, n, p, q, nComponents) {}
 
-  Scratch<double> data;                       // samples of the fit and of the folds
-  Scratch<double> foldCoefs, means, squares;  // of the coefficients over the folds
-  bool tables;  // whether those were obtained; gigabytes of vectors are no use without them
+  Array<double> data;                       // samples of the fit and of the folds
+  Array<double> foldCoefs, means, squares;  // of the coefficients over the folds
   PlsModelScratch model, foldModel;
   PlsFoldScratch folds;
 };

@@ -200,11 +200,13 @@ TEST_P(ScratchRefusal, GivesStatus5LeaksNothingAndWritesNothing) {
   for (; status == 5; ++k) {
     Outputs out;
     const long before = nLive;
+    nRequests = 0;
     requestsUntilRefusal = k;
     nRequests = 0;
     status = GetParam().run(data, out);
     requestsUntilRefusal = -1;
     EXPECT_EQ(nLive, before) << "request " << k;
+    EXPECT_EQ(nRequests, 1) << "the first refusal ends it";
     EXPECT_EQ(out.untouched(), status == 5) << "request " << k;
   }
   EXPECT_EQ(status, 0);

@@ -228,11 +228,11 @@ TEST(ColumnProducts, AreThoseOfTheWholeMatrix) {
   for (const int n : {0, 1, 7, 8, 9, 33})
     for (const int p : {1, 5, 127, 128, 129}) {
       Fit fit = nastyFit(n, p, 0, static_cast<std::uint64_t>(n + p));
-      Numbers c(fit.c.size(), kUntouched);
-      Integers known(fit.flags.size());
-      ColumnProducts products({fit.x.data(), fit.ld}, n, p, fit.means.data(), {c.data(), p}, known.data());
+      Obtained<ProductScratch> scratch(p, 3);
+      Pace unasked;
+      ColumnProducts products({fit.x.data(), fit.ld}, n, p, fit.means.data(), *scratch);
       for (const int j : {p - 1, 0, p / 2}) {
-        products.require(j);
+        products.require(j, unasked);
         for (int i = 0; i < p; ++i) {
           ASSERT_TRUE(same(products(i, j), fit.c[static_cast<std::size_t>(i + j * p)])) << n << " x " << p;
           ASSERT_TRUE(same(products(i, i), fit.c[static_cast<std::size_t>(i + i * p)])) << n << " x " << p;

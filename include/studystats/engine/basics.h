@@ -24,7 +24,7 @@ struct Table {
   const double* data = nullptr;
   std::int32_t rows = 0;
   std::int32_t columns = 0;
-  std::int64_t ld = 0;  // from one column to the next
+  std::int32_t ld = 0;  // from one column to the next
 };
 
 // Where an analysis is.
