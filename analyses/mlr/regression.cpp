@@ -10,6 +10,7 @@
 #include "analyses/mlr/cross_validation.h"
 #include "analyses/mlr/scratch.h"
 #include "analyses/mlr/selection.h"
+#include "analyses/mlr/statistics.h"
 #include "numeric/status.h"
 
 namespace studystats::engine {
@@ -37,6 +38,11 @@ struct AllRowsScratch {
         method(arena, size.n, size.p, size.most, folds),
         coef(arena, size.most),
         spreads(arena, size.most),
+        fitted(arena, size.n),
+        residuals(arena, size.n),
+        errors(arena, size.p),
+        t(arena, size.p),
+        tProbabilities(arena, size.p),
         inList(arena, size.p),
         flags(arena, size.p),
         variables(arena, size.most),
@@ -51,6 +57,7 @@ struct AllRowsScratch {
   ProductScratch products;
   MlrScratch method;
   Array<double> coef, spreads;
+  Array<double> fitted, residuals, errors, t, tProbabilities;
   Array<std::int32_t> inList, flags, variables, selCount;
   Array<float> partialF, f, s;
   Array<std::int32_t> action, variable;
@@ -122,16 +129,15 @@ Status Regression::fit(const Checkpoint& checkpoint) {
   const StepHistory history{&fStart,    &sStart,         s.partialF.data(), s.f.data(),
                             s.s.data(), s.action.data(), s.variable.data(), &nSteps};
   RegressionModel& model = state_->model;
-  const FitArrays arrays{s.coef.data(),     &model.model.intercept, {s.method.inverse.data(), state_->size.most},
-                         s.method.t.data(), s.inList.data(),        s.method.outList.data()};
+  const FitArrays arrays{s.coef.data(),     &model.equation.intercept, {s.method.inverse.data(), state_->size.most},
+                         s.method.t.data(), s.inList.data(),           s.method.outList.data()};
   const std::int32_t status = selectVariables({v.x, v.n, v.p, v.p - 1, s.method.means.data()}, products, v.rules,
                                               s.flags.data(), arrays, &history, s.method.fit, pace);
 
   const auto nIn = static_cast<std::int32_t>(std::count(s.flags.data(), s.flags.data() + v.p - 1, 1));
-  model.model.descriptors = countedFromZero(s.inList.data(), status == kDone ? nIn : 0, s.variables.data());
-  model.model.coefficients = {s.coef.data(), model.model.descriptors.size()};
+  model.equation.descriptors = countedFromZero(s.inList.data(), status == kDone ? nIn : 0, s.variables.data());
+  model.equation.coefficients = {s.coef.data(), model.equation.descriptors.size()};
   for (std::int32_t a = 0; status == kDone && a < nIn; ++a) s.method.diagonal[a] = arrays.inv(a, a);
-  model.inverseDiagonal = {s.method.diagonal.data(), model.model.descriptors.size()};
   std::size_t nTried = 0;
   for (; nTried < static_cast<std::size_t>(v.rules.maxSteps) && s.variable[static_cast<std::ptrdiff_t>(nTried)] != 0;
        ++nTried) {
@@ -146,6 +152,36 @@ Status Regression::fit(const Checkpoint& checkpoint) {
 
 RegressionModel Regression::model() const { return state_->model; }
 
+RegressionStatistics Regression::statistics() {
+  const MlrProblem& v = state_->problem;
+  AllRowsScratch& s = *state_->all;
+  const LinearModel& model = state_->model.equation;
+  const auto nIn = static_cast<std::int32_t>(model.descriptors.size());
+  const std::int32_t df[] = {nIn, v.n - nIn - 1, v.n - 1};
+  double sumSq[3], q2 = 0.0;
+  RegressionStatistics result;
+  modelStatistics({v.x, v.n, v.p, nIn, s.inList.data(), s.coef.data(), &model.intercept, s.method.diagonal.data(),
+                   state_->model.totalSquares, state_->press},
+                  {s.fitted.data(), s.residuals.data(), sumSq, df, &result.multipleR, &result.f, &result.s,
+                   &result.fProbability, &q2, s.errors.data(), s.t.data(), s.tProbabilities.data()});
+  const auto atPositions = [&](const Array<double>& byVariable) -> std::span<const double> {
+    for (std::int32_t a = 0; a < nIn; ++a) byVariable[a] = byVariable[s.inList[a] - 1];  // the list ascends
+    return {byVariable.data(), model.descriptors.size()};
+  };
+  const auto n = static_cast<std::size_t>(v.n);
+  result.fitted = {s.fitted.data(), n};
+  result.residuals = {s.residuals.data(), n};
+  result.modelSquares = sumSq[0];
+  result.residualSquares = sumSq[1];
+  result.totalSquares = sumSq[2];
+  result.modelDf = df[0];
+  result.residualDf = df[1];
+  result.standardErrors = atPositions(s.errors);
+  result.t = atPositions(s.t);
+  result.tProbabilities = atPositions(s.tProbabilities);
+  return result;
+}
+
 RegressionFold Regression::fold(const FoldSource& folds, std::int32_t number, const Checkpoint& checkpoint,
                                 std::int32_t place) {
   Pace pace(checkpoint);
@@ -155,7 +191,7 @@ RegressionFold Regression::fold(const FoldSource& folds, std::int32_t number, co
   MlrFoldScratch& s = *state_->places[static_cast<std::size_t>(place)];
   const AllRowsScratch& all = *state_->all;
   const MlrModel model{all.flags.data(), all.inList.data(),
-                       static_cast<std::int32_t>(state_->model.model.descriptors.size())};
+                       static_cast<std::int32_t>(state_->model.equation.descriptors.size())};
   const std::span<std::int32_t> buffer(s.rows.data(), static_cast<std::size_t>(state_->size.n));
   return runFold(state_->problem, model, folds.rows(number, buffer), s, pace);
 }
@@ -169,7 +205,7 @@ void Regression::add(const RegressionFold& fold, double weight) {
 RegressionValidation Regression::validation() {
   RegressionValidation result;
   AllRowsScratch& s = *state_->all;
-  const auto nIn = static_cast<std::int32_t>(state_->model.model.descriptors.size());
+  const auto nIn = static_cast<std::int32_t>(state_->model.equation.descriptors.size());
   result.abandoned = state_->abandoned;
   result.press = state_->press;
   result.timesChosen = {s.selCount.data(), static_cast<std::size_t>(std::max(state_->size.p - 1, 0))};

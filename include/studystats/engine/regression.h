@@ -52,12 +52,22 @@ struct SelectionStep {
 
 // The model of all rows.
 struct RegressionModel {
-  LinearModel model;
+  LinearModel equation;
   std::span<const SelectionStep> steps;  // of the selection
   std::span<const SelectionStep> tried;  // the same and, behind them, steps that were taken back
   double totalSquares = 0;               // of the response about its mean
-  double residualSquares = 0;
-  std::span<const double> inverseDiagonal;  // of the descriptors' cross-products, by position in the model
+};
+
+// What is said of the model of all rows besides. Probabilities that cannot be computed are -1; without degrees of
+// freedom, and with residuals that are all 0, statistics are infinite or not numbers.
+struct RegressionStatistics {
+  std::span<const double> fitted, residuals;  // by row
+  double modelSquares = 0, residualSquares = 0, totalSquares = 0;
+  std::int32_t modelDf = 0, residualDf = 0;
+  double multipleR = 0;
+  double s = 0;  // standard error of estimate
+  double f = 0, fProbability = 0;
+  std::span<const double> standardErrors, t, tProbabilities;  // of the coefficients, by position in the model
 };
 
 // What one fold gave.
@@ -92,6 +102,7 @@ class STUDYSTATS_API Regression {
   // Selects on all rows. Done, Singular, Stopped or NoMemory.
   Status fit(const Checkpoint& checkpoint = {});
   RegressionModel model() const;
+  RegressionStatistics statistics();  // after a fit that is Done
 
   // Fold by fold, in order; ends at a fold that is singular. Done or Stopped.
   template <class Keep>
