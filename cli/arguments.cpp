@@ -141,7 +141,6 @@ MlrArguments readMlr(const CommandLine& line) {
   analysis.start = nameList("--start", line.values("--start"));
   readValidation(line, analysis, arguments.input);
   arguments.output = readOutput(line);
-  analysis.heldOutRows = arguments.output.wantsRows();
   checkAllRead(line);
   return arguments;
 }
@@ -157,7 +156,6 @@ PlsArguments readPls(const CommandLine& line) {
   if (const auto* text = line.value("--choose")) analysis.choice = componentChoice("--choose", *text);
   readValidation(line, analysis, arguments.input);
   arguments.output = readOutput(line);
-  analysis.heldOutRows = arguments.output.wantsRows();
   checkAllRead(line);
   return arguments;
 }

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 namespace studystats {
 namespace {
@@ -99,6 +100,41 @@ FoldSettings settingsOf(const Folds& folds) {
 ValidatingAlone::ValidatingAlone(std::int32_t seed) : lock_(validating()) {
   Nmrrst();
   Nmrand(seed);
+}
+
+engine::Generator generatorFrom(std::int32_t seed) {
+  engine::Generator generator(seed);
+  generator();
+  return generator;
+}
+
+std::vector<std::int32_t> ascendingRows(std::span<const double> keys) {
+  std::vector<std::int32_t> rows(keys.size());
+  std::iota(rows.begin(), rows.end(), 0);
+  const auto key = [&](std::int32_t row) { return keys[static_cast<std::size_t>(row)]; };
+  std::stable_sort(rows.begin(), rows.end(), [&](std::int32_t a, std::int32_t b) { return key(a) < key(b); });
+  return rows;
+}
+
+engine::Folds engineFolds(const RunFolds& folds, std::span<const std::int32_t> order) {
+  const auto n = static_cast<std::int32_t>(order.size());
+  switch (folds.kind) {
+    case Folds::Kind::LeaveOneOut:
+      return engine::Folds::dealt(order, n);
+    case Folds::Kind::Systematic:
+      return engine::Folds::dealt(order, folds.groups);
+    case Folds::Kind::Column:
+      return engine::Folds::grouped(std::vector<std::int32_t>(folds.foldOf.begin(), folds.foldOf.end()));
+    case Folds::Kind::Random:
+      break;
+  }
+  engine::Generator generator = generatorFrom(folds.seed);
+  return engine::Folds::drawn(n, folds.draws.draws, static_cast<std::int32_t>(randomLeaveOut(folds, order.size())),
+                              generator);
+}
+
+FoldPlan planOf(const engine::Folds& run, const RunFolds& folds, std::size_t n) {
+  return planOf(run.count(), folds, n);
 }
 
 std::size_t randomLeaveOut(const Folds& folds, std::size_t rows) {

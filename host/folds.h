@@ -1,6 +1,7 @@
 // Validation folds as the host asks for them: checked, handed to an entry point, described, and found again row by row.
 #pragma once
 
+#include <studystats/engine/folds.h>
 #include <studystats/host/progress.h>
 #include <studystats/host/validation.h>
 
@@ -46,8 +47,19 @@ class ValidatingAlone {
   std::unique_lock<std::mutex> lock_;
 };
 
+// The same as values, which take nothing that the process shares. order: the model's rows, from 0, as systematic groups
+// are dealt to them.
+engine::Folds engineFolds(const RunFolds& folds, std::span<const std::int32_t> order);
+
+// Rows 0 ... n - 1 by ascending key; equal keys keep their order.
+std::vector<std::int32_t> ascendingRows(std::span<const double> keys);
+
+// Random numbers that begin where those of the entry points do: the first one is spent on the seeding.
+engine::Generator generatorFrom(std::int32_t seed);
+
 std::size_t randomLeaveOut(const Folds& folds, std::size_t rows);  // rows that a random draw holds out
 FoldPlan planOf(std::int32_t foldsPlanned, const RunFolds& folds, std::size_t n);
+FoldPlan planOf(const engine::Folds& run, const RunFolds& folds, std::size_t n);
 
 std::string describedFolds(const FoldPlan& plan);  // "7 folds", "leave-one-out, 208 folds"
 std::string explainedFolds(const RunFolds& folds, std::size_t n, const std::string& order);  // for --explain

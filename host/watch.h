@@ -3,6 +3,9 @@
 
 #include <studystats/host/progress.h>
 
+#include <studystats/engine/basics.h>
+
+#include <chrono>
 #include <cstdint>
 #include <string>
 
@@ -20,10 +23,32 @@ class Watch {
   // Looks at the stop signal alone.
   void check() const;
 
+  // Between two reports: looks at the stop signal and, so that a caller without one is heard, too, repeats the report
+  // before when it is more than a tenth of a second old.
+  void poll();
+
  private:
+  void send();
+
   const ProgressCallback& progress_;
   const StopSignal& stop_;
-  double percent_ = 0;
+  Progress last_{};
+  std::chrono::steady_clock::time_point sent_{};
+};
+
+// What the engine asks while it works on one stage of an analysis, which spans from `from` to `to` percent of the
+// whole: folds that begin are reported. Stopped, and what the progress callback throws, pass through the engine.
+class EngineWatch {
+ public:
+  EngineWatch(Watch& watch, std::string stage, double from, double to)
+      : watch_(watch), stage_(std::move(stage)), from_(from), to_(to) {}
+
+  bool operator()(const engine::Progress& progress);
+
+ private:
+  Watch& watch_;
+  std::string stage_;
+  double from_, to_;
 };
 
 }  // namespace studystats

@@ -135,7 +135,9 @@ Status Regression::fit(const Checkpoint& checkpoint) {
                                               s.flags.data(), arrays, &history, s.method.fit, pace);
 
   const auto nIn = static_cast<std::int32_t>(std::count(s.flags.data(), s.flags.data() + v.p - 1, 1));
-  model.equation.descriptors = countedFromZero(s.inList.data(), status == kDone ? nIn : 0, s.variables.data());
+  for (std::int32_t j = 0, a = 0; j + 1 < v.p; ++j)
+    if (s.flags[j] == 1) s.variables[a++] = j;
+  model.equation.descriptors = {s.variables.data(), static_cast<std::size_t>(nIn)};
   model.equation.coefficients = {s.coef.data(), model.equation.descriptors.size()};
   for (std::int32_t a = 0; status == kDone && a < nIn; ++a) s.method.diagonal[a] = arrays.inv(a, a);
   std::size_t nTried = 0;

@@ -100,11 +100,11 @@ std::size_t rowAt(double share, const std::vector<double>& weights) {
   return row;
 }
 
-// Numbers between 0 and 1. The generator is the process's: it is held no longer than for these.
+// Numbers between 0 and 1.
 std::vector<double> drawNumbers(std::size_t count, std::int32_t seed) {
-  const ValidatingAlone alone(seed);
-  std::vector<double> numbers;
-  for (std::size_t i = 0; i < count; ++i) numbers.push_back(StatsUtils::GenerateRandomDouble(0, 1));
+  engine::Generator generator = generatorFrom(seed);
+  std::vector<double> numbers(count);
+  for (double& number : numbers) number = generator();
   return numbers;
 }
 

@@ -7,7 +7,6 @@
 
 namespace studystats {
 
-struct RegressionCall;
-void remarkOnRegression(Regression& result, const RegressionCall& call);
+void remarkOnRegression(Regression& result);
 
 }  // namespace studystats

@@ -1,6 +1,5 @@
 // What is worth saying about a regression: an unstable selection, collinear descriptors, rows far from the others.
 #include "host/mlr/regression.h"
-#include "host/mlr/regression_call.h"
 #include "host/preparation/used_text.h"
 #include "host/text.h"
 
@@ -90,19 +89,19 @@ void remarkOnRows(Regression& result) {
 }
 
 // At the step limit the variable entered last has never been tested.
-void remarkOnLastStep(Regression& result, const RegressionCall& call) {
-  if (result.selection == Selection::All || call.nSteps < call.maxSteps || call.nSteps == 0) return;
-  const auto last = static_cast<std::size_t>(call.nSteps - 1);
-  if (call.stepAction[last] != 1) return;
-  const auto j = static_cast<std::size_t>(call.stepVar[last] - 1);
-  const double f = call.tValue[j] * call.tValue[j];
+void remarkOnLastStep(Regression& result) {
+  if (result.selection == Selection::All || result.steps.empty()) return;
+  if (result.steps.size() < static_cast<std::size_t>(result.maxSteps) || !result.steps.back().entered) return;
+  const auto term = std::find_if(result.terms.begin(), result.terms.end(),
+                                 [&](const RegressionTerm& one) { return one.name == result.steps.back().descriptor; });
+  const double f = term != result.terms.end() && term->t ? *term->t * *term->t : result.fEnter;
   if (f < result.fEnter)
     result.remarks.push_back(
         {Severity::Warning,
          "last-step-untested",
          fmt::format("{} entered at the last step and would fail F-to-enter: F {}, wanted {}. Try "
                      "--max-steps {}.",
-                     result.steps.back().descriptor, significant(f, 3), brief(result.fEnter, 6), call.maxSteps + 2),
+                     result.steps.back().descriptor, significant(f, 3), brief(result.fEnter, 6), result.maxSteps + 2),
          {result.steps.back().descriptor}});
 }
 
@@ -119,10 +118,10 @@ void remarkOnSameInformation(Regression& result) {
 
 }  // namespace
 
-void remarkOnRegression(Regression& result, const RegressionCall& call) {
+void remarkOnRegression(Regression& result) {
   remarkOnSelection(result);
   remarkOnCollinearity(result);
-  remarkOnLastStep(result, call);
+  remarkOnLastStep(result);
   remarkOnSameInformation(result);
   remarkOnRows(result);
 }

@@ -1,8 +1,8 @@
 // A regression as a page of plain text, and what would be analysed.
 #include "host/distributions.h"
 #include "host/folds.h"
+#include "host/mlr/preparation.h"
 #include "host/mlr/regression.h"
-#include "host/mlr/regression_call.h"
 #include "host/preparation/used_text.h"
 #include "host/text.h"
 

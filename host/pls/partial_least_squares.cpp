@@ -3,7 +3,7 @@
 // The analysis is given the model's rows alone, their means 0; others are predicted with the equation afterwards. Sums
 // of squares come back in the block's units and are shown in those of the responses.
 #include "host/limits.h"
-#include "host/mlr/regression_call.h"
+#include "host/mlr/preparation.h"
 #include "host/model/model_build.h"
 #include "host/pls/held_out.h"
 #include "host/pls/latent_structure.h"

@@ -1,6 +1,6 @@
 #include "host/pls/pls_call.h"
 
-#include "host/mlr/regression_call.h"
+#include "host/mlr/preparation.h"
 #include "host/monitor.h"
 #include "host/preparation/same_information.h"
 #include "host/text.h"

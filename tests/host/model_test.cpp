@@ -49,7 +49,7 @@ TEST(Model, OfARegressionPredictsItsTrainingRowsToTheBit) {
   for (const DataOptions& data : preparations) {
     const Table table = example("bloodbrain.csv");
     const Regression result =
-        regress(table, {.response = "logBBB", .maxSteps = 14, .heldOutRows = false, .data = data});
+        regress(table, {.response = "logBBB", .maxSteps = 14, .data = data});
     const std::vector<Prediction> predictions = travelled(result.model).predict(table);
     ASSERT_EQ(predictions.size(), 208u);
     for (std::size_t i = 0; i < predictions.size(); ++i) {

@@ -28,8 +28,8 @@ struct RegressionOptions {
   int maxSteps = -1;                 // most selection steps; -1: the larger of 10 and a fifth of the rows
   std::vector<std::string> start{};  // patterns: descriptors that are in the model at the start
   Folds folds{};
-  double level = 0.95;      // of intervals and limits
-  bool heldOutRows = true;  // every fold is run again for the predictions of the rows that it held out
+  double level = 0.95;  // of intervals and limits
+
   DataOptions data{};
   ProgressCallback progress{};
   StopSignal stop{};
