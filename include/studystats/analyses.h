@@ -7,8 +7,10 @@
  * - All arrays belong to the caller, who allocates the outputs at the shapes given. Inputs are only read; inputs and
  *   outputs must not overlap. No address may be null unless its argument says so.
  * - "in" is read, "out" is written. Units are those of the data; a variance is in their square.
- * - The same input gives the same bits, whatever the processor. Not-a-numbers and infinities end in results that are
- *   not numbers, or in a failing status; they never loop for ever and never reach beyond the arrays.
+ * - The same input gives the same bits, whatever the processor.
+ * - Cells are not checked: that is the host's part. Not-a-numbers and infinities never loop for ever and never reach
+ *   beyond the arrays, but they need not show. Most end in results that are not numbers, or in a failing status; some
+ *   end in status 0 and a plausible model from which a variable is missing (see MulReg and DisAnl).
  *
  * Status words, written to `status`
  *
@@ -19,6 +21,21 @@
  *   999   the host asked to stop
  *
  * An analysis that gives some of these numbers another meaning says so in its own table.
+ *
+ * Validation folds of n rows, as cvMethod, cvGroups and cvFraction ask for them
+ *
+ * - cvMethod 1, systematic groups: as many as cvGroups says, but n at most, and n when it is below 1. Every row that
+ *   may be trained on is held out once.
+ * - Other, random subsets: a fold trains on n - S rows, drawn with Nmrand from those that may be trained on, and holds
+ *   out all others. With cvGroups in 1 ... n - 1, S is n / cvGroups rounded up, and there are cvFraction * cvGroups
+ *   folds, two at least; otherwise S is 1, and there are cvFraction * n folds, one at least.
+ * - Rows that may not be trained on (MulReg, DisAnl) are held out in every fold. In random subsets they take the place
+ *   of others: of u such rows, max(0, S - u) others are held out with them. With u of S or more no row that may be
+ *   trained on is ever held out: the figures of the validation speak of the u rows alone, weighted as if a fold held
+ *   out S, and the status is 0 all the same. PlsAnl makes its folds of the model's rows alone; S of these are held out.
+ * - Above some 8.3 million rows 32-bit draws miss rows (39 000 of 9 million, 3 of 20 million): no random subset trains
+ *   on them. A fold that wants more rows than can be drawn ends early: it trains on fewer than n - S and holds out the
+ *   rest.
  *
  * Nothing here prints, and nothing throws but a failure of the host inside a progress report. Calls run on the caller's
  * thread; the generator is process-wide and unguarded.
@@ -46,7 +63,9 @@ extern "C" {
  *
  *   seed   in   A negative seed always seeds the generator. Any other seed is used only when the generator is not yet
  *               seeded (at load, and after Nmrrst) and is ignored afterwards. Seeds of equal magnitude start the same
- *               sequence. Magnitudes above 161803398 are accepted; a few of their first numbers may lie outside [0, 1].
+ *               sequence. Magnitudes above 161803398 are accepted, but one in five of them starts a sequence of which
+ *               some numbers lie outside [0, 1], between -1.15 and 2.15: as a rule a few, at times more than a hundred,
+ *               and now and then one after two thousand draws
  *
  * The analyses that draw random validation folds use the same sequence, so a host that wants repeatable folds calls
  * Nmrrst, or Nmrand with a negative seed, before the analysis.
@@ -184,9 +203,10 @@ STUDYSTATS_API void PCAnal(const double* data, int32_t nRows, int32_t nVars, int
  *   continueFlag     out     1      1; 0 when the host asked to stop
  *
  *   status   meaning
- *   0        success; every output is written. The validation may have been abandoned because a fit in a fold was
- *            singular: press is then 0 and q2 misleadingly 1, cvInterceptSd is not written, cvCoefSd is only divided by
- *            scale, and cvSelCount counts the selections made until then
+ *   0        success; every output is written but what the table excepts (entries outside the model, behind nSteps).
+ *            The validation may have been abandoned because a fit in a fold was singular: press is then 0 and q2
+ *            misleadingly 1, cvInterceptSd is not written, cvCoefSd is only divided by scale, and cvSelCount counts
+ *            the selections made until then
  *   1        singular: descriptors of a model depend exactly on each other, or hold not-a-numbers. Written are corr,
  *            flags, fStart, sStart, inList, nSteps, the steps so far, and coef and intercept of the last fit that
  *            succeeded. Also when nRows is below 0 or nCols below 1, and then none of these
@@ -194,6 +214,11 @@ STUDYSTATS_API void PCAnal(const double* data, int32_t nRows, int32_t nVars, int
  *            only continueFlag (1), fStart and sStart (0) are written
  *   999      the host asked to stop. Written are what status 1 names, nIn, df and the sorted rowIds; press is
  *            incomplete, and cvSelCount counts the folds that ended
+ *
+ * A descriptor with a cell that is not finite has no correlations and is passed over: the model is made of the others,
+ * with status 0 and figures that look sound, however much the descriptor would have explained. press and q2 show it
+ * only when a fold that holds the row out chooses the descriptor. In a starting model it gives status 1. A response
+ * with such a cell gives status 0, and multR, sValue and fitted that are not finite.
  *
  * Reports g of G before fold g. A failure of the host passes through as an exception, and nothing leaks. Stores the
  * process-wide validation settings and may draw from the generator: one validating analysis at a time. Cost: n * p^2
@@ -272,7 +297,9 @@ STUDYSTATS_API void MulReg(const double* data, const int32_t* rowTags, int32_t* 
  *   continueFlag     out     1          1; 0 when the host asked to stop
  *
  *   status   meaning
- *   0        success; every output is written
+ *   0        success; every output is written but the entries of pressRatios, q2 and r2 behind the components kept, and
+ *            those of rowOrder behind the model's rows. How many components were kept is no output of its own: a
+ *            caller that stores -1 in pressRatios before the call counts those of a response that are not -1
  *   1        no components were asked for: rowOrder and scales are written, and every fold was run and reported. Also
  *            for numbers that make no analysis (n or p below 0, m below p + q): then nothing else is written but
  *            continueFlag
@@ -284,8 +311,10 @@ STUDYSTATS_API void MulReg(const double* data, const int32_t* rowTags, int32_t* 
  *   999      the host asked to stop. Written are rowOrder, scales, tss, rss, and coefs in data units; press is
  *            incomplete
  *
- * A number of a model row that is not one makes all of the model's numbers such. Components beyond the rank of the data
- * are extracted from what rounding left.
+ * A cell of a model row that is not finite leaves no finite number in coefs, intercepts, rss and fitted, and in press
+ * none once a fold has trained on the row; the status is 0 as a rule. In a response it does the same to its tss, and
+ * its q2, r2 and ratios are 0. A descriptor of another row shows in that row's fitted alone. Components beyond the rank
+ * of the data are extracted from what rounding left.
  *
  * Reports g of G before fold g. A failure of the host passes through as an exception, and nothing leaks. Stores the
  * process-wide validation settings and may draw from the generator: one validating analysis at a time. Cost: n * p * a
@@ -367,7 +396,7 @@ STUDYSTATS_API void PlsAnl(const double* data, const int32_t* rowTags, int32_t* 
  *   continueFlag       out     1      1; 0 when the host asked to stop
  *
  *   status   meaning
- *   0        success; every output is written
+ *   0        success; every output is written but what the table excepts
  *   1        the within-class covariance of a subset that was tried is singular: variables that depend exactly on each
  *            other within classes, or hold not-a-numbers. The first such candidate ends the selection. Also when an
  *            eigenvalue of the canonical problem did not converge. Also for numbers that make no analysis (a model
@@ -378,6 +407,10 @@ STUDYSTATS_API void PlsAnl(const double* data, const int32_t* rowTags, int32_t* 
  *   999      the host asked to stop. Written are modelRows, selected, confusion and the steps; cvSelCount and
  *            cvConfusion count the folds that ended, whose classifications left traces in distances and, where one
  *            variable was chosen, in the canonical outputs
+ *
+ * A variable with a cell that is not finite makes every subset of two or more that it belongs to singular: status 1. A
+ * single variable is not inverted: it only classifies badly, and another is taken for it. So a model of one variable
+ * comes with status 0, and may be this one where none classifies better.
  *
  * After status 1 or 2 from the model of all samples, modelRows (the model's samples), selected, nSteps and the steps so
  * far are written. A selection that fails in a fold starts the validation over, once, with one sample a group; reports
