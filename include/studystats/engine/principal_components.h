@@ -61,7 +61,8 @@ class STUDYSTATS_API PrincipalComponents {
   explicit operator bool() const;  // whether the memory was there
 
   // Done; Singular with fewer than two rows or no column; NotConverged; Stopped; NoMemory. From the rows a component
-  // whose variance is nothing but rounding (at most rows * 2^-52 of the first one's) has variance 0 and loadings of 0.
+  // whose variance is nothing but rounding (at most columns * 2^-52 of the first one's) has variance 0 and loadings of
+  // 0.
   Status fit(const Checkpoint& checkpoint = {});
   const PrincipalComponentsModel& model() const;  // of a fit that is done; its views last as long as the object
 
