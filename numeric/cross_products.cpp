@@ -95,6 +95,18 @@ void columnSquares(ConstMatrix x, std::int32_t n, std::int32_t p, const double* 
   });
 }
 
+bool columnMeans(ConstMatrix x, std::int32_t n, std::int32_t p, double* means, Pace& pace) {
+  return pace.inParts(p, 2 * std::int64_t{n}, kTogether, [=](std::int32_t first, std::int32_t last) {
+    columnMeans(x.block(0, first), n, last - first, means + first);
+  });
+}
+
+bool columnSquares(ConstMatrix x, std::int32_t n, std::int32_t p, const double* means, double* squares, Pace& pace) {
+  return pace.inParts(p, 2 * std::int64_t{n}, kTogether, [=](std::int32_t first, std::int32_t last) {
+    columnSquares(x.block(0, first), n, last - first, means + first, squares + first);
+  });
+}
+
 void CrsPrd(const double* x, const std::int32_t* ldx, const std::int32_t* ldc, const std::int32_t* nRows,
             const std::int32_t* nCols, double* c, double* means) {
   Pace unasked;
@@ -102,9 +114,12 @@ void CrsPrd(const double* x, const std::int32_t* ldx, const std::int32_t* ldc, c
 }
 
 bool crossProducts(ConstMatrix x, std::int32_t n, std::int32_t p, Matrix c, double* means, Pace& pace) {
-  columnMeans(x, n, p, means);
-  for (int j = 0; j < p; ++j) std::fill_n(c.column(j), p, 0.0);
-  addCrossProducts(x, n, p, means, c, pace);
+  return columnMeans(x, n, p, means, pace) && productsAbout(means, x, n, p, c, pace);
+}
+
+bool productsAbout(const double* centres, ConstMatrix x, std::int32_t n, std::int32_t p, Matrix c, Pace& pace) {
+  for (int j = 0; j < p && pace.goOn(p); ++j) std::fill_n(c.column(j), p, 0.0);
+  if (!pace.stopped()) addCrossProducts(x, n, p, centres, c, pace);
   for (int j = 0; j < p && pace.goOn(j); ++j)
     for (int k = 0; k < j; ++k) c(k, j) = c(j, k);
   return !pace.stopped();

@@ -25,10 +25,15 @@ void CrsPrd(const double* x, const std::int32_t* ldx, const std::int32_t* ldc, c
 // The same, asking through pace whether to go on; false: stopped, and c and means are without meaning.
 bool crossProducts(ConstMatrix x, std::int32_t n, std::int32_t p, Matrix c, double* means, Pace& pace);
 
+// The same products of deviations from centres (p) of the caller's.
+bool productsAbout(const double* centres, ConstMatrix x, std::int32_t n, std::int32_t p, Matrix c, Pace& pace);
+
 // means(j) = (sum over i of x(i, j)) / n. n = 0: not a number.
 void columnMeans(ConstMatrix x, std::int32_t n, std::int32_t p, double* means);
+bool columnMeans(ConstMatrix x, std::int32_t n, std::int32_t p, double* means, Pace& pace);
 
 // squares(j) = sum over i of (x(i, j) - means(j))^2.
 void columnSquares(ConstMatrix x, std::int32_t n, std::int32_t p, const double* means, double* squares);
+bool columnSquares(ConstMatrix x, std::int32_t n, std::int32_t p, const double* means, double* squares, Pace& pace);
 
 }  // namespace studystats::core

@@ -20,7 +20,7 @@ std::int32_t decompose(ConstMatrix a, std::int32_t n, double* w, Matrix z, doubl
   if (n < 1) return kDone;
   reduceWithVectors(a, n, w, work1, z, pace);
   const std::int32_t status = iterateWithVectors(n, w, work1, z, pace);
-  if (status == kStopped) return status;
+  if (pace.stopped()) return kStopped;
   reverseColumns(z, n, pace);
   std::reverse(w, w + n);
   return pace.stopped() ? kStopped : status;

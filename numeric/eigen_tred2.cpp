@@ -88,7 +88,7 @@ void updateAndMultiply(Matrix z, int first, int last, int l, Update update, cons
 
 // z receives the lower triangle of a and its mirror image.
 void takeBothTriangles(ConstMatrix a, Matrix z, int n, Pace& pace) {
-  for (int j = 0; j < n; ++j)
+  for (int j = 0; j < n && pace.goOn(n); ++j)
     for (int i = j; i < n; ++i) z(i, j) = a(i, j);
   for (int i0 = 0; i0 < n && pace.goOn(kTile * std::int64_t{n}); i0 += kTile)
     for (int j0 = 0; j0 <= i0; j0 += kTile)

@@ -42,80 +42,81 @@ void addVariable(const double* variable, ConstMatrix loadings, int nSamples, int
   }
 }
 
+}  // namespace
+
 // A block of samples at a time. Every score still takes its terms from the first variable to the last.
-void projectSamples(ConstMatrix data, ConstMatrix loadings, std::int32_t n, std::int32_t p, Matrix scores) {
-  for (int k = 0; k < p; ++k) std::fill_n(scores.column(k), n, 0.0);
+void projectSamples(ConstMatrix data, std::int32_t n, std::int32_t p, ConstMatrix loadings, std::int32_t k,
+                    Matrix scores, Pace& pace) {
+  for (int a = 0; a < k && pace.goOn(n); ++a) std::fill_n(scores.column(a), n, 0.0);
   for (std::int64_t i = 0; i < n; i += kSamples) {
     const int samples = static_cast<int>(std::min<std::int64_t>(kSamples, n - i));
     int j = 0;
-    for (; j + kVariables <= p; j += kVariables)
-      addVariables(data.block(i, j), loadings.block(j, 0), samples, p, scores.block(i, 0));
-    for (; j < p; ++j) addVariable(&data(i, j), loadings.block(j, 0), samples, p, scores.block(i, 0));
+    const auto add = [&](int first, int last) {
+      if (j + kVariables <= p)
+        addVariables(data.block(i, j), loadings.block(j, first), samples, last - first, scores.block(i, first));
+      else
+        addVariable(&data(i, j), loadings.block(j, first), samples, last - first, scores.block(i, first));
+    };
+    for (; j < p; j += j + kVariables <= p ? kVariables : 1)
+      if (!pace.inParts(k, 2 * std::int64_t{kVariables} * samples, 1, add)) return;
   }
 }
 
-void divideBy(double divisor, ConstMatrix from, std::int32_t p, Matrix to) {
-  for (int j = 0; j < p; ++j)
-    for (int i = 0; i < p; ++i) to(i, j) = from(i, j) / divisor;
+void scoreSamples(ConstMatrix data, std::int32_t n, std::int32_t p, ConstMatrix loadings, std::int32_t k, Matrix scores,
+                  double* means, double* deviations, Pace& pace) {
+  projectSamples(data, n, p, loadings, k, scores, pace);
+  const ConstMatrix result{scores.data, scores.ld};
+  if (pace.stopped() || !columnMeans(result, n, k, means, pace)) return;
+  columnSquares(result, n, k, means, deviations, pace);
+  for (int a = 0; a < k; ++a) {
+    const double variance = n > 1 ? deviations[a] / (n - 1) : deviations[a];
+    const double deviation = std::sqrt(variance);
+    deviations[a] = deviation == 0.0 ? 1.0 : deviation;
+  }
 }
 
-void mirrorLowerTriangle(std::int32_t p, Matrix a) {
-  for (int j = 0; j < p; ++j)
-    for (int i = j + 1; i < p; ++i) a(j, i) = a(i, j);
+void covariances(ConstMatrix data, std::int32_t n, std::int32_t p, double* means, Matrix crossProducts, Matrix c,
+                 Pace& pace) {
+  if (!core::crossProducts(data, n, p, crossProducts, means, pace)) return;
+  for (int j = 0; j < p && pace.goOn(2 * std::int64_t{p}); ++j)
+    for (int i = 0; i < p; ++i) c(i, j) = crossProducts(i, j) / (n - 1);
 }
 
-// explained(j, k) = min(1, explained(j, k - 1) + loadings(j, k)^2 * variances(k)); a not-a-number stays one.
-void accumulateExplained(ConstMatrix loadings, const double* variances, std::int32_t p, Matrix explained) {
-  for (int k = 0; k < p; ++k)
+std::int32_t principalAxes(ConstMatrix a, std::int32_t p, double* eigenvalues, Matrix vectors, double* work,
+                           Pace& pace) {
+  const std::int32_t status = eigenSystem(a.data, p, eigenvalues, vectors.data, work, pace);
+  for (int k = 0; k < p && status == kDone; ++k)
+    if (eigenvalues[k] < 0.0) eigenvalues[k] = 0.0;
+  return status;
+}
+
+void accumulateExplained(ConstMatrix loadings, const double* variances, std::int32_t p, std::int32_t k,
+                         Matrix explained, Pace& pace) {
+  for (int a = 0; a < k && pace.goOn(4 * std::int64_t{p}); ++a)
     for (int j = 0; j < p; ++j) {
-      const double before = k > 0 ? explained(j, k - 1) : 0.0;
-      const double sum = before + loadings(j, k) * loadings(j, k) * variances[k];
-      explained(j, k) = sum > 1.0 ? 1.0 : sum;
+      const double before = a > 0 ? explained(j, a - 1) : 0.0;
+      const double sum = before + loadings(j, a) * loadings(j, a) * variances[a];
+      explained(j, a) = sum > 1.0 ? 1.0 : sum;
     }
 }
 
-}  // namespace
-
-void scoreSamples(ConstMatrix data, std::int32_t n, std::int32_t p, ConstMatrix eigenvectors, Matrix scores,
-                  double* means, double* deviations) {
-  projectSamples(data, eigenvectors, n, p, scores);
-  const ConstMatrix result{scores.data, scores.ld};
-  columnMeans(result, n, p, means);
-  columnSquares(result, n, p, means, deviations);
-  for (int k = 0; k < p; ++k) {
-    const double variance = n > 1 ? deviations[k] / (n - 1) : deviations[k];
-    const double deviation = std::sqrt(variance);
-    deviations[k] = deviation == 0.0 ? 1.0 : deviation;
-  }
-}
-
-std::int32_t principalComponents(ConstMatrix data, std::int32_t n, std::int32_t p, const PcaOutputs& out,
-                                 PcaScratch& s) {
-  // 1. Covariances of the variables. A single sample has none, and the caller's matrix stays as it is.
-  CrsPrd(data.data, &data.ld, &p, &n, &p, s.crossProducts.data(), s.means.data());
-  if (n > 1) divideBy(n - 1, {s.crossProducts.data(), p}, p, out.covariance);
+std::int32_t principalComponents(ConstMatrix data, std::int32_t n, std::int32_t p, std::int32_t k,
+                                 const PcaOutputs& out, const PcaScratch& s, Pace& pace) {
+  // 1. Covariances of the variables.
+  if (n > 1) covariances(data, n, p, s.means, s.crossProducts, out.covariance, pace);
+  for (int j = 0; j < p && out.variances != nullptr; ++j) out.variances[j] = out.covariance(j, j);
 
   // 2. Variances along the components, largest first; rounding can leave those that should be 0 below it.
-  const std::int32_t wantVectors = 1;
-  std::int32_t status = kDone;
-  EigSym(&p, &p, out.covariance.data, out.eigenvalues, &wantVectors, out.eigenvectors.data, s.work1.data(),
-         s.work2.data(), &status);
+  const ConstMatrix covariance{out.covariance.data, p}, loadings{out.eigenvectors.data, p};
+  const std::int32_t status = principalAxes(covariance, p, out.eigenvalues, out.eigenvectors, s.work, pace);
   if (status != kDone) return status;
-  for (int k = 0; k < p; ++k)
-    if (out.eigenvalues[k] < 0.0) out.eigenvalues[k] = 0.0;
-  const ConstMatrix eigenvectors{out.eigenvectors.data, p};
 
   // 3. What the components explain of each variable.
-  accumulateExplained(eigenvectors, out.eigenvalues, p, out.cumExplained);
+  if (out.cumExplained.data != nullptr) accumulateExplained(loadings, out.eigenvalues, p, k, out.cumExplained, pace);
 
   // 4. Scores of the samples.
-  scoreSamples(data, n, p, eigenvectors, out.scores, out.scoreMeans, out.scoreStdDevs);
-
-  // 5. Both triangles of the covariances, those of a caller's single sample included.
-  mirrorLowerTriangle(p, out.covariance);
-
-  // 6. As many components as the data can support.
-  *out.nComponents = n > p ? p : n - 1;
+  if (out.scores.data != nullptr && !pace.stopped())
+    scoreSamples(data, n, p, loadings, k, out.scores, out.scoreMeans, out.scoreStdDevs, pace);
   return kDone;
 }
 

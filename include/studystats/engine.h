@@ -8,5 +8,7 @@
 #pragma once
 
 #include <studystats/engine/basics.h>
+#include <studystats/engine/discriminant.h>
 #include <studystats/engine/folds.h>
+#include <studystats/engine/principal_components.h>
 #include <studystats/engine/regression.h>
