@@ -2,10 +2,10 @@
 
 #include "host/preparation/preparation.h"
 
-#include <studystats/analyses.h>
+#include <studystats/engine.h>
 
 #include <cmath>
-#include <limits>
+#include <new>
 #include <numeric>
 
 namespace studystats {
@@ -23,13 +23,14 @@ LeverageModel::LeverageModel(const Grid& model, const std::vector<std::size_t>& 
     for (const double x : column) standardised.push_back((x - mean_.back()) / sd_.back());
   }
   if (k == 0) return;
-  std::int32_t supported = 0, status = 0;
-  eigenvalues_.resize(k);
-  vectors_.resize(k * k);
-  std::vector<double> covariance(k * k), explained(k * k), scores(n * k), means(k), deviations(k);
-  PCAnal(standardised.data(), count32(n), count32(k), &supported, eigenvalues_.data(), vectors_.data(),
-         covariance.data(), explained.data(), scores.data(), means.data(), deviations.data(), &status);
-  if (status != 0) throw NotComputed("the leverages could not be computed.");
+  engine::PrincipalComponents components(
+      {.table = {standardised.data(), count32(n), count32(k), count32(n)}, .scores = false});
+  const engine::Status status = components.fit();
+  if (status == engine::Status::NoMemory) throw std::bad_alloc();
+  if (status != engine::Status::Done) throw NotComputed("the leverages could not be computed.");
+  const engine::PrincipalComponentsModel& axes = components.model();
+  eigenvalues_.assign(axes.eigenvalues.begin(), axes.eigenvalues.end());
+  vectors_.assign(axes.loadings.data, axes.loadings.data + k * k);
   if (eigenvalues_.back() > 0) condition_ = std::sqrt(eigenvalues_.front() / eigenvalues_.back());
   for (std::size_t a = 0; a < k; ++a) {
     double inflation = 0;

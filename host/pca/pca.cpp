@@ -7,59 +7,38 @@
 #include "host/model/model_build.h"
 #include "host/preparation/preparation.h"
 #include "host/text.h"
+#include "host/watch.h"
 
 #include <fmt/format.h>
-#include <studystats/analyses.h>
+#include <studystats/engine.h>
 #include <studystats/host/principal_components.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <limits>
+#include <new>
 #include <numeric>
 
 namespace studystats {
 namespace {
 
-constexpr double kUnset = std::numeric_limits<double>::quiet_NaN();
 constexpr double kWantedShare = 0.80;
 constexpr double kRoundingLevel = 1e-12;  // of the total variance: what lies below says nothing
 
-// What the entry point returns, sized and filled beforehand so that what was not written is seen.
-struct Decomposition {
-  std::int32_t supported = 0;
-  std::vector<double> eigenvalues, vectors, covariance, cumulative, scores, scoreMeans, scoreDeviations;
-  std::int32_t status = 0;
-
-  Decomposition(std::size_t n, std::size_t p)
-      : eigenvalues(p, kUnset),
-        vectors(p * p, kUnset),
-        covariance(p * p, kUnset),
-        cumulative(p * p, kUnset),
-        scores(n * p, kUnset),
-        scoreMeans(p, kUnset),
-        scoreDeviations(p, kUnset) {}
-};
-
-Decomposition decompose(const Grid& block) {
-  const std::int32_t n = count32(block.rows), p = count32(block.columns);
-  Decomposition d(block.rows, block.columns);
-  PCAnal(block.values.data(), n, p, &d.supported, d.eigenvalues.data(), d.vectors.data(), d.covariance.data(),
-         d.cumulative.data(), d.scores.data(), d.scoreMeans.data(), d.scoreDeviations.data(), &d.status);
-  // Status 5 has two meanings; memory that could not be had leaves the covariance unwritten.
-  if (d.status != 0 && std::isnan(d.covariance[0]) && d.status == 5)
-    throw OutOfMemory(fmt::format("not enough memory for the components of {} x {} numbers.", n, p));
-  const bool finite =
-      std::all_of(d.eigenvalues.begin(), d.eigenvalues.end(), [](double x) { return std::isfinite(x); });
-  if (d.status != 0 || !finite)
+// The components of the block, from whichever side of it is the smaller.
+void decompose(engine::PrincipalComponents& components, Watch& watch) {
+  EngineWatch progress(watch, "analysis", 10, 90);
+  const engine::Status status = components.fit(progress);
+  if (status == engine::Status::NoMemory) throw std::bad_alloc();
+  const std::span<const double> eigenvalues = components.model().eigenvalues;
+  const bool finite = std::all_of(eigenvalues.begin(), eigenvalues.end(), [](double x) { return std::isfinite(x); });
+  if (status != engine::Status::Done || !finite)
     throw NotComputed(
         "the components could not be computed: the descriptors' sizes are too far apart for the arithmetic. Try "
-        "--scale "
-        "autoscale, or leave out columns with values above 1e100.");
-  return d;
+        "--scale autoscale, or leave out columns with values above 1e100.");
 }
 
-std::vector<Component> componentsOf(const Decomposition& d) {
+std::vector<Component> componentsOf(const engine::PrincipalComponentsModel& d) {
   const double total = std::accumulate(d.eigenvalues.begin(), d.eigenvalues.end(), 0.0);
   std::vector<Component> components;
   double sum = 0;
@@ -92,19 +71,19 @@ int aboveBrokenStick(const std::vector<Component>& components) {
   return count;
 }
 
-Grid leading(const std::vector<double>& values, std::size_t rows, std::size_t columns) {
-  return {rows, columns, {values.begin(), values.begin() + static_cast<std::ptrdiff_t>(rows * columns)}};
+Grid leading(const engine::Table& table, std::size_t columns) {
+  const auto rows = static_cast<std::size_t>(table.rows);
+  return {rows, columns, {table.data, table.data + rows * columns}};
 }
 
 // Cumulative share of each descriptor's own variance: sum of v^2 * lambda over its variance.
-Grid explainedShare(const Decomposition& d, std::size_t p, std::size_t kept) {
-  Grid share{p, kept, std::vector<double>(p * kept)};
-  for (std::size_t j = 0; j < p; ++j) {
-    const double variance = d.covariance[j + j * p];
+Grid explainedShare(const engine::PrincipalComponentsModel& d, const Grid& loadings) {
+  Grid share = loadings;
+  for (std::size_t j = 0; j < share.rows; ++j) {
     double sum = 0;
-    for (std::size_t k = 0; k < kept; ++k) {
-      sum += d.vectors[j + k * p] * d.vectors[j + k * p] * d.eigenvalues[k];
-      share.values[j + k * p] = variance > 0 ? std::min(1.0, sum / variance) : 0;
+    for (std::size_t k = 0; k < share.columns; ++k) {
+      sum += loadings(j, k) * loadings(j, k) * d.eigenvalues[k];
+      share.values[j + k * share.rows] = d.variances[j] > 0 ? std::min(1.0, sum / d.variances[j]) : 0;
     }
   }
   return share;
@@ -150,7 +129,7 @@ class Placement {
   std::vector<double> deviation_;
 };
 
-void placeRows(PrincipalComponents& result, const Prepared& prepared, const Decomposition& d, double rounding,
+void placeRows(PrincipalComponents& result, const Prepared& prepared, const engine::PrincipalComponentsModel& d, double rounding,
                Watch& watch) {
   const std::vector<double> centre = columnMeans(prepared.model);
   Placement placement(result, centre, rounding);
@@ -160,7 +139,7 @@ void placeRows(PrincipalComponents& result, const Prepared& prepared, const Deco
     // The analysis's own scores, less their means: the host's sum runs over deviations and may differ in the last
     // place.
     for (std::size_t k = 0; k < static_cast<std::size_t>(result.kept); ++k)
-      result.rows.back().scores[k] = d.scores[i + k * prepared.model.rows] - d.scoreMeans[k];
+      result.rows.back().scores[k] = d.scores.data[i + k * prepared.model.rows] - d.scoreMeans[k];
     if (i % 4096 == 0) watch.check();
   }
   const std::vector<std::string> predictedLabels = labelsOf(prepared.predictedRows, result.classColumn);
@@ -192,7 +171,7 @@ void setGroups(PrincipalComponents& result) {
     for (double& mean : group.meanScores) mean /= static_cast<double>(group.rows);
 }
 
-Model modelOf(const PrincipalComponents& result, const Prepared& prepared, const Decomposition& d) {
+Model modelOf(const PrincipalComponents& result, const Prepared& prepared, const engine::PrincipalComponentsModel& d) {
   const auto kept = static_cast<std::size_t>(result.kept);
   std::vector<std::size_t> all(prepared.model.columns);
   std::iota(all.begin(), all.end(), std::size_t{0});
@@ -256,10 +235,13 @@ PrincipalComponents principalComponents(const TableView& table, const PrincipalC
   watch.report("preparing", "preparing the table", 0, 10, 0, 1);
   const Prepared prepared = preparePrincipalComponents(table, options, watch);
   watch.report("analysis", "principal components", 10, 90, 0, 1);
-  const Decomposition d = decompose(prepared.model);
+  const std::int32_t n = count32(prepared.model.rows);
+  engine::PrincipalComponents components({.table = {prepared.model.values.data(), n, count32(prepared.model.columns), n},
+                                          .side = engine::Side::Smaller});
+  decompose(components, watch);
+  const engine::PrincipalComponentsModel& d = components.model();
   watch.report("analysis", "rows and limits", 10, 90, 1, 1);
 
-  const std::size_t p = prepared.model.columns;
   const double total = std::accumulate(d.eigenvalues.begin(), d.eigenvalues.end(), 0.0);
   PrincipalComponents result;
   result.used = prepared.used;
@@ -274,8 +256,8 @@ PrincipalComponents principalComponents(const TableView& table, const PrincipalC
   if (options.data.scaling == Scaling::Autoscale)
     result.aboveOne = static_cast<int>(
         std::count_if(d.eigenvalues.begin(), d.eigenvalues.end(), [](double lambda) { return lambda > 1; }));
-  result.loadings = leading(d.vectors, p, kept);
-  result.explained = explainedShare(d, p, kept);
+  result.loadings = leading(d.loadings, kept);
+  result.explained = explainedShare(d, result.loadings);
   placeRows(result, prepared, d, kRoundingLevel * total, watch);
   setLimits(result, total);
   setGroups(result);
