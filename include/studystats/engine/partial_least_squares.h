@@ -116,6 +116,7 @@ class STUDYSTATS_API PartialLeastSquares {
   // Fold by fold, in order; ends at a fold that does not converge. Done, NotConverged or Stopped.
   template <class Keep>
   Status validate(const FoldSource& folds, const Checkpoint& checkpoint, Keep&& keep) {
+    restart();
     for (std::int32_t f = 0; f < folds.count; ++f) {
       const PartialLeastSquaresFold one = fold(folds, f, checkpoint);
       if (one.status == Status::Stopped) return one.status;
@@ -134,6 +135,7 @@ class STUDYSTATS_API PartialLeastSquares {
   PartialLeastSquaresFold fold(const FoldSource& folds, std::int32_t number, const Checkpoint& checkpoint = {},
                                std::int32_t place = 0);
   void add(const PartialLeastSquaresFold& fold, double weight);  // in the order of the folds; those that are Done
+  void restart();                                                // forgets those added, as validate does at first
   PartialLeastSquaresValidation validation();                    // of those added
 
  private:
