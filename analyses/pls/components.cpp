@@ -56,19 +56,20 @@ bool standsStill(const double* u, const double* before, std::int32_t n) {
 }
 
 // Passes until u stands still; the scores' sum of squares, or 1 when that is 0, in tt.
-std::int32_t iterate(const PlsData& d, const PlsComponent& out, double* u, double* uBefore, double& tt) {
+std::int32_t iterate(const PlsData& d, const PlsComponent& out, double* u, double* uBefore, double& tt, Pace& pace) {
   for (int pass = 1;; ++pass) {
     normaliseWeights(out.weights, d.p);
-    columnSums(d.x, out.weights, orOne(sumOfSquares(out.weights, d.p)), out.scores);
+    columnSums(d.x, out.weights, orOne(sumOfSquares(out.weights, d.p)), out.scores, pace);
     tt = orOne(sumOfSquares(out.scores, d.n));
-    columnSums(d.y, out.scores, tt, out.respWeights);
+    columnSums(d.y, out.scores, tt, out.respWeights, pace);
     normaliseResponseWeights(out.respWeights, d.q);
-    rowSums(d.y, out.respWeights, orOne(sumOfSquares(out.respWeights, d.q)), u);
+    rowSums(d.y, out.respWeights, orOne(sumOfSquares(out.respWeights, d.q)), u, pace);
+    if (pace.stopped()) return kStopped;
     if (d.q <= 1) return kDone;
     if (pass == kMostPasses) return kNotConverged;
     if (pass > 1 && standsStill(u, uBefore, d.n)) return kDone;
     std::copy_n(u, d.n, uBefore);
-    rowSums(d.x, u, orOne(sumOfSquares(u, d.n)), out.weights);
+    rowSums(d.x, u, orOne(sumOfSquares(u, d.n)), out.weights, pace);
   }
 }
 
@@ -85,24 +86,39 @@ double squaresAboutMean(const double* values, std::int32_t n) {
 void takeDescriptors(ConstMatrix data, const std::int32_t* rows, std::int32_t count, std::int32_t p, Matrix samples) {
   for (std::int32_t j = 0; j < p; ++j) {
     const double* column = data.column(j);
-    for (std::int32_t i = 0; i < count; ++i) samples(j, i) = rows[i] > 0 ? column[rows[i] - 1] : 0.0;
+    for (std::int32_t i = 0; i < count; ++i) samples(j, i) = rows[i] >= 0 ? column[rows[i]] : 0.0;
   }
+}
+
+void prepareSamples(const ColumnUnits& units, std::int32_t count, std::int32_t p, Matrix samples) {
+  for (std::int32_t i = 0; i < count; ++i)
+    for (std::int32_t j = 0; j < p; ++j) samples(j, i) = units.prepared(samples(j, i), j);
+}
+
+void takeResponses(ConstMatrix data, const std::int32_t* rows, const ColumnUnits& units, PlsData& d) {
+  for (std::int32_t k = 0; k < d.q; ++k)
+    for (std::int32_t i = 0; i < d.n; ++i) {
+      const double value = rows[i] >= 0 ? data(rows[i], d.p + k) : 0.0;
+      d.y.x(i, k) = units ? units.prepared(value, d.p + k) : value;
+    }
+  d.y.smallest = smallestMagnitude(d.y.x.data, std::ptrdiff_t{d.n} * d.q);
 }
 
 }  // namespace
 
-void takeSamples(ConstMatrix data, const std::int32_t* rows, PlsData& d) {
+void takeSamples(ConstMatrix data, const std::int32_t* rows, const ColumnUnits& units, PlsData& d, Pace& pace) {
   constexpr std::int32_t kTogether = 64;
   d.x.smallest = kNoMagnitude;
-  for (std::int32_t i = 0; i < d.n; i += kTogether) {
-    const Matrix samples = d.x.x.block(0, i);
-    const std::int32_t count = std::min(kTogether, d.n - i);
-    takeDescriptors(data, rows + i, count, d.p, samples);
-    d.x.smallest = std::min(d.x.smallest, smallestMagnitude(samples.data, std::ptrdiff_t{d.p} * count));
-  }
-  for (std::int32_t k = 0; k < d.q; ++k)
-    for (std::int32_t i = 0; i < d.n; ++i) d.y.x(i, k) = rows[i] > 0 ? data(rows[i] - 1, d.p + k) : 0.0;
-  d.y.smallest = smallestMagnitude(d.y.x.data, std::ptrdiff_t{d.n} * d.q);
+  pace.inParts(d.n, 4 * std::int64_t{d.p}, kTogether, [&](std::int32_t first, std::int32_t last) {
+    for (std::int32_t i = first; i < last; i += kTogether) {
+      const Matrix samples = d.x.x.block(0, i);
+      const std::int32_t count = std::min(kTogether, last - i);
+      takeDescriptors(data, rows + i, count, d.p, samples);
+      if (units) prepareSamples(units, count, d.p, samples);
+      d.x.smallest = std::min(d.x.smallest, smallestMagnitude(samples.data, std::ptrdiff_t{d.p} * count));
+    }
+  });
+  takeResponses(data, rows, units, d);
 }
 
 double startVector(const PlsData& d, double* u) {
@@ -113,13 +129,13 @@ double startVector(const PlsData& d, double* u) {
   return orOne(sumOfSquares(u, d.n));
 }
 
-std::int32_t extractComponent(const PlsData& d, PlsComponent& out, double* u, double* uBefore) {
+std::int32_t extractComponent(const PlsData& d, PlsComponent& out, double* u, double* uBefore, Pace& pace) {
   // 1. Weights and scores.
   double tt = 1.0;
-  if (const std::int32_t status = iterate(d, out, u, uBefore, tt); status != kDone) return status;
+  if (const std::int32_t status = iterate(d, out, u, uBefore, tt, pace); status != kDone) return status;
 
   // 2. Loadings of unit length; scores and weights carry the norm.
-  rowSums(d.x, out.scores, tt, out.loadings);
+  rowSums(d.x, out.scores, tt, out.loadings, pace);
   const double length = std::sqrt(orOne(sumOfSquares(out.loadings, d.p)));
   divideBy(length, out.loadings, d.p);
   multiplyBy(length, out.weights, d.p);
@@ -128,36 +144,38 @@ std::int32_t extractComponent(const PlsData& d, PlsComponent& out, double* u, do
   // 3. Inner coefficient: the response scores regressed on the scores.
   out.scoreSquares = sumOfSquares(out.scores, d.n);
   const Block scores{{out.scores, d.n}, d.n, 1};
-  columnSums(scores, u, orOne(out.scoreSquares), out.inner);
-  return kDone;
+  columnSums(scores, u, orOne(out.scoreSquares), out.inner, pace);
+  return pace.stopped() ? kStopped : kDone;
 }
 
-std::int32_t fitComponents(PlsData& d, const PlsModel& model, PlsComponentScratch& s, const PlsResidualSums* sums) {
+PlsExtraction fitComponents(PlsData& d, const PlsModel& model, PlsComponentScratch& s, const PlsResidualSums* sums,
+                            Pace& pace) {
   double* c = s.respWeights.data();
   for (std::int32_t a = 0; a < model.nComponents; ++a) {
     // 1. What the component before left in the descriptors, and the first pass's weights.
     PlsComponent component{s.scores.data(), model.weights.column(a), model.loadings.column(a), c, model.inner + a};
     const double uu = startVector(d, s.u.data());
     if (a == 0)
-      rowSums(d.x, s.u.data(), uu, component.weights);
+      rowSums(d.x, s.u.data(), uu, component.weights, pace);
     else
-      deflateAndSum(d.x, model.loadings.column(a - 1), s.scores.data(), s.u.data(), uu, component.weights);
+      deflateAndSum(d.x, model.loadings.column(a - 1), s.scores.data(), s.u.data(), uu, component.weights, pace);
 
     // 2. The component.
-    const std::int32_t status = extractComponent(d, component, s.u.data(), s.uBefore.data());
-    if (status != kDone) return status;
+    const std::int32_t status = extractComponent(d, component, s.u.data(), s.uBefore.data(), pace);
+    if (status != kDone) return {status, a};
     model.scoreSquares[a] = component.scoreSquares;
     for (std::int32_t k = 0; k < d.q; ++k) model.respWeights(a, k) = c[k];
+    if (model.scores.data != nullptr) std::copy_n(s.scores.data(), d.n, model.scores.column(a));
 
     // 3. What it leaves of the responses.
     if (sums != nullptr && a == 0)
       for (std::int32_t k = 0; k < d.q; ++k) sums->tss[k] = squaresAboutMean(d.y.x.column(k), d.n);
     multiplyBy(model.inner[a], c, d.q);
-    deflate(d.y, s.scores.data(), c);
+    deflate(d.y, s.scores.data(), c, pace);
     if (sums != nullptr)
       for (std::int32_t k = 0; k < d.q; ++k) sums->rss(a, k) = sumOfSquares(d.y.x.column(k), d.n);
   }
-  return kDone;
+  return {pace.stopped() ? kStopped : kDone, model.nComponents};
 }
 
 }  // namespace studystats::core

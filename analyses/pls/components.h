@@ -5,6 +5,8 @@
 
 #include "analyses/pls/weighted_sums.h"
 #include "numeric/matrix_view.h"
+#include "numeric/pace.h"
+#include "numeric/preparation.h"
 #include "numeric/scratch.h"
 
 namespace studystats::core {
@@ -24,8 +26,9 @@ struct PlsData {
   Block x, y;
 };
 
-// Takes samples from data (descriptors in columns, then responses): those of the n rows, counted from 1; zeros for 0.
-void takeSamples(ConstMatrix data, const std::int32_t* rows, PlsData& samples);
+// Takes samples from data (descriptors in columns, then responses): those of the n rows, counted from 0; zeros for -1.
+// Values are prepared when there are units; every row is one of data then.
+void takeSamples(ConstMatrix data, const std::int32_t* rows, const ColumnUnits& units, PlsData& samples, Pace& pace);
 
 // A model of nComponents components.
 struct PlsModel {
@@ -35,6 +38,7 @@ struct PlsModel {
   Matrix respWeights;    // nComponents x q
   double* inner;         // nComponents: inner coefficients
   double* scoreSquares;  // nComponents: sum of squares of the scores
+  Matrix scores{};       // n x nComponents; null: they are not kept
 };
 
 // Vectors of the extraction, for n rows and q responses.
@@ -61,13 +65,18 @@ struct PlsResidualSums {
 double startVector(const PlsData& data, double* u);
 
 // One component of the current data, from the first pass's unnormalised weights on: the descriptors' sums over the
-// samples with the start vector. kDone, or kNotConverged after 1000 passes: weights, scores and response weights are
-// then those of the last pass, and nothing else is written.
-std::int32_t extractComponent(const PlsData& data, PlsComponent& component, double* u, double* uBefore);
+// samples with the start vector. kDone, kStopped, or kNotConverged after 1000 passes: weights, scores and response
+// weights are then those of the last pass, and nothing else is written.
+std::int32_t extractComponent(const PlsData& data, PlsComponent& component, double* u, double* uBefore, Pace& pace);
+
+struct PlsExtraction {
+  std::int32_t status;         // kDone, kNotConverged or kStopped
+  std::int32_t nComponents{};  // extracted, those before the one that failed
+};
 
 // All components of the data, which are deflated in place; the last component is left in the descriptors, and its
-// scores in the scratch. sums may be null. kDone, or kNotConverged.
-std::int32_t fitComponents(PlsData& data, const PlsModel& model, PlsComponentScratch& scratch,
-                           const PlsResidualSums* sums);
+// scores in the scratch. sums may be null.
+PlsExtraction fitComponents(PlsData& data, const PlsModel& model, PlsComponentScratch& scratch,
+                            const PlsResidualSums* sums, Pace& pace);
 
 }  // namespace studystats::core

@@ -1,10 +1,12 @@
 // Cross-validation of a partial least squares model: prediction errors for every number of components, and jackknife
-// standard errors of the coefficients.
+// standard errors of the coefficients. What one fold does, and what is summed over the folds.
 #pragma once
 
+#include <studystats/engine/partial_least_squares.h>
 #include <studystats/frame.h>
 
 #include <cstdint>
+#include <span>
 
 #include "analyses/pls/components.h"
 #include "analyses/pls/scratch.h"
@@ -12,60 +14,58 @@
 
 namespace studystats::core {
 
-struct PlsValidation {
-  ConstMatrix data;            // n x m: descriptors, then responses, centred as a whole
-  const std::int32_t* rowUse;  // n; 1 = a row of the model. The others are neither trained on nor held out
-  std::int32_t n, m, p, q;
-  std::int32_t nComputed;  // components that are validated, of those that the folds' models have
-  ProgressMonitor* const* monitor;
-  std::int32_t* continueFlag;
-
-  // out
-  std::int32_t* rowOrder;  // n: the rows of the model, counted from 1, sorted by ascending first response; without
-                           // responses by the column behind the descriptors. Entries behind them keep what they hold
-  Matrix press;            // nComponents x q: weighted squared prediction errors
-  double* coefErrors;      // p x nComponents x q, of the first nComputed components; 0 where no fold was run. Not
-                           // written on failure
+// What is analysed, shared by all folds.
+struct PlsProblem {
+  ConstMatrix data;  // n x (p + q): descriptors, then responses
+  PlsSizes size;
+  engine::Preparation preparation{};
+  bool coefficients = true;  // every fold gives them
 };
 
-// Sums over the folds, p x nComponents x q: of each coefficient the mean so far, and the squares about it.
-struct PlsFoldSums {
-  double *means, *squares;
+struct PlsFitted {
+  PlsExtraction extraction;
+  std::int32_t rank = 0;  // leading components that are more than rounding
+  ColumnUnits units;      // of the columns, by the rows of the fit
 };
 
-// Makes plan and folds over the rows of the model and runs them: work (n * (p + q) numbers), model and coefs (p x
-// nComponents x q) are the current fold's. kDone; kNotConverged from a fold; kStopped when the host asked to stop.
-std::int32_t crossValidate(const PlsValidation& validation, double* work, const PlsModel& model, double* coefs,
-                           const PlsFoldSums& sums, PlsFoldScratch& scratch);
+// The components of those rows (-1: a row of zeros); units lie in preparation. sums may be null.
+PlsFitted fitRows(const PlsProblem& problem, std::span<const std::int32_t> rows, const PlsModel& model,
+                  PreparationScratch& preparation, const PlsResidualSums* sums, PlsFoldScratch& scratch, Pace& pace);
 
-// The steps of it, for whoever takes them one by one.
+// Coefficients and intercepts (0 without units) in the table's units.
+void coefficientsInUnits(const PlsModel& model, ConstMatrix rotations, const ColumnUnits& units, double* coefs,
+                         Matrix intercepts, Pace& pace);
 
-// Lists the rows of the model, and makes the plan and the validation order over them; their number.
-std::int32_t orderForValidation(const PlsValidation& validation, PlsFoldScratch& scratch);
+// The model of the training rows, and its predictions of those held out.
+engine::PartialLeastSquaresFold runFold(const PlsProblem& problem, const engine::FoldRows& rows,
+                                        PlsFoldScratch& scratch, Pace& pace);
 
-// Sets press and the sums to 0.
-void clearSums(const PlsValidation& validation, const PlsModel& model, const PlsFoldSums& sums);
+// Sums over the folds, of the first nComputed components.
+struct PlsSums {
+  Matrix press;             // nComponents x q: weighted squared prediction errors
+  double *means, *squares;  // p x nComponents x q: of each coefficient the mean so far, and the squares about it
+  std::int32_t nComputed;
+  std::int32_t nFolds = 0;
+};
 
-// List in scratch.rows, counted from 1, the rows that fold g (counted from 0) trains on, in the order in which the plan
-// gives them, or then those that it holds out, in increasing order; their number.
-std::int32_t listTraining(std::int32_t nModel, std::int32_t g, PlsFoldScratch& scratch);
-std::int32_t listHeldOut(std::int32_t nModel, PlsFoldScratch& scratch);
+// Sets press, means and squares to 0; the latter two may be null.
+void clearSums(const PlsSizes& size, const PlsSums& sums);
 
-// Adds the coefficients of fold g, counted from 0.
-void addCoefficients(const PlsValidation& validation, const PlsModel& model, const double* coefs, std::int32_t g,
-                     const PlsFoldSums& sums);
+void addFold(const PlsProblem& problem, const engine::PartialLeastSquaresFold& fold, double weight, PlsSums& sums);
 
-// The standard errors of the coefficients after the last fold; weight is the plan's.
-void standardErrors(const PlsValidation& validation, const PlsModel& model, const PlsFoldSums& sums,
-                    std::int32_t nFolds, double weight);
+// The coefficients of one fold more.
+void addCoefficients(const PlsSizes& size, const double* coefs, PlsSums& sums);
 
-// PlsCvl: the same by addresses, with the working copies in the caller's arrays.
+// Jackknife standard errors of the coefficients, p x nComponents x q; 0 where no fold was run.
+void standardErrors(const PlsSizes& size, const PlsSums& sums, double weight, double* errors);
+
+// PlsCvl: cross-validation by addresses, with the working copies in the caller's arrays.
 //
 //   data, rowUse                     in: n x m, descriptors, then responses; n, 1 = a row of the model
 //   rowTags                          in, n x 2: column 1 travels with the rows
 //   work, workTags                   n x m, n x 2: the rows that the last fold holds out, packed in increasing order,
 //                                    and their tags in column 1; the rest zero
-//   rowOrder                         out, n: as above
+//   rowOrder                         out, n: the rows of the model, counted from 1, in validation order
 //   nComputed, nComponents           components that are validated, and those of the folds' models
 //   scales, means, scaled            not looked at
 //   press                            out, nComponents x q

@@ -1,64 +1,56 @@
-// Partial least squares: components of the model rows, cross-validation, the choice of the number of components by the
-// ratio of successive errors, and the model in raw units.
-//
-// Wold (1978), Technometrics 20, 397-405 (the ratio rule, here of square roots).
+// Partial least squares behind its entry point: components of the model rows, cross-validation, the choice of the
+// number of components by the ratio of successive errors, and the model in raw units.
 #include "analyses/pls/pls.h"
 
+#include <studystats/engine/partial_least_squares.h>
+
 #include <algorithm>
-#include <cmath>
+#include <span>
 
 #include "analyses/pls/components.h"
 #include "analyses/pls/cross_validation.h"
 #include "analyses/pls/prediction.h"
 #include "analyses/pls/scratch.h"
+#include "analyses/pls/validation_order.h"
+#include "numeric/host_reports.h"
 #include "numeric/matrix_view.h"
 #include "numeric/status.h"
 
 namespace studystats::core {
 namespace {
 
-// Rows of the model, counted from 1; 0 stands for a row of zeros in the place of any other.
-void listModelRows(const std::int32_t* rowUse, std::int32_t n, std::int32_t* rows, std::int32_t* rowOrder) {
+// All scratch memory of one call, obtained before anything is computed.
+struct PlsScratch {
+  PlsScratch(Arena& arena, PlsSizes size)
+      : fold(arena, size, true, false),
+        means(arena, size.coefficients()),
+        squares(arena, size.coefficients()),
+        model(arena, size, false),
+        order(arena, size.n),
+        rows(arena, size.n) {}
+
+  PlsFoldScratch fold;
+  Array<double> means, squares;  // of the coefficients over the folds
+  PlsModelScratch model;
+  PlsOrderScratch order;
+  Array<std::int32_t> rows;
+};
+
+// Rows of the model, counted from 0; -1 stands for a row of zeros in the place of any other.
+std::span<const std::int32_t> listModelRows(const std::int32_t* rowUse, std::int32_t n, std::int32_t* rows,
+                                            std::int32_t* rowOrder) {
   for (std::int32_t i = 0; i < n; ++i) {
-    rows[i] = rowUse[i] == 1 ? i + 1 : 0;
-    if (rows[i] > 0) rowOrder[i] = rows[i];
+    rows[i] = rowUse[i] == 1 ? i : -1;
+    if (rows[i] >= 0) rowOrder[i] = i + 1;
   }
+  return {rows, static_cast<std::size_t>(n)};
 }
-
-// Sums of squares by component and response, nComponents x q, and the total of each response.
-struct ResponseErrors {
-  ConstMatrix press, rss;
-  const double* tss;
-
-  // Root of the prediction error over the error that the components before left; 0 when nothing was left.
-  double ratio(std::int32_t a, std::int32_t k) const {
-    const double before = a == 0 ? tss[k] : rss(a - 1, k);
-    return before > 0.0 ? std::sqrt(press(a, k) / before) : 0.0;
-  }
-};
-
-// The leading components of which each predicts some response well enough; one at least.
-std::int32_t chooseComponents(const ResponseErrors& errors, std::int32_t q, std::int32_t nComponents, double limit) {
-  const auto passes = [&](std::int32_t a) {
-    for (std::int32_t k = 0; k < q; ++k)
-      if (errors.ratio(a, k) <= limit) return true;
-    return false;
-  };
-  std::int32_t chosen = 0;
-  while (chosen < nComponents && passes(chosen)) ++chosen;
-  return std::max(chosen, 1);
-}
-
-// Scales and means of the descriptors, then of the responses.
-struct RawUnits {
-  const double *scales, *means;
-};
 
 // Predictions of all rows by the first nUse components, in raw units.
-void fitRows(ConstMatrix data, std::int32_t n, const PlsModel& model, std::int32_t nUse, const RawUnits& raw,
-             PlsSampleScratch& s, Matrix fitted) {
+void predictAllRows(ConstMatrix data, std::int32_t n, const PlsModel& model, std::int32_t nUse, const RawUnits& raw,
+                    PlsSampleScratch& s, Matrix fitted, Pace& pace) {
   if (model.q < 1) return;
-  scoreRows(data, n, model, nUse, s, [&](std::int32_t i, const PlsSampleScores& scores) {
+  scoreRows(data, nullptr, n, model, nUse, {}, s, pace, [&](std::int32_t i, const PlsSampleScores& scores) {
     for (std::int32_t k = 0; k < model.q; ++k) {
       double last = 0.0;
       predictResponse(model, k, nUse, scores, [&last](std::int32_t, double predicted) { last = predicted; });
@@ -67,37 +59,39 @@ void fitRows(ConstMatrix data, std::int32_t n, const PlsModel& model, std::int32
   });
 }
 
-// Coefficients and their errors (p x nComponents x q) in raw units, and the intercepts (nComponents x q).
-void convertToRawUnits(const PlsModel& model, const RawUnits& raw, double* coefs, double* errors, Matrix intercepts) {
-  for (std::int32_t k = 0; k < model.q; ++k) {
-    const double scale = raw.scales[model.p + k];
-    for (std::int32_t a = 0; a < model.nComponents; ++a) {
-      double shifted = 0.0;
-      for (std::int32_t j = 0; j < model.p; ++j) {
-        coefs[j] = coefs[j] * scale / raw.scales[j];
-        errors[j] = errors[j] * scale / raw.scales[j];
-        shifted += raw.means[j] * coefs[j];
-      }
-      intercepts(a, k) = raw.means[model.p + k] - shifted;
-      coefs += model.p;
-      errors += model.p;
-    }
-  }
-}
-
 struct PlsStatistics {
   Matrix ratios, q2, r2;
 };
 
 // Of the chosen components; 0 for a response without spread.
-void summarise(const ResponseErrors& errors, std::int32_t q, std::int32_t chosen, const PlsStatistics& out) {
-  for (std::int32_t k = 0; k < q; ++k)
+void summarise(const engine::ComponentErrors& errors, std::int32_t chosen, const PlsStatistics& out) {
+  for (std::size_t k = 0; k < errors.totalSquares.size(); ++k)
     for (std::int32_t a = 0; a < chosen; ++a) {
-      const double tss = errors.tss[k];
-      out.ratios(a, k) = errors.ratio(a, k);
-      out.q2(a, k) = tss > 0.0 ? 1.0 - errors.press(a, k) / tss : 0.0;
-      out.r2(a, k) = tss > 0.0 ? 1.0 - errors.rss(a, k) / tss : 0.0;
+      const auto response = static_cast<std::int32_t>(k);
+      const std::size_t at = k * static_cast<std::size_t>(errors.components) + static_cast<std::size_t>(a);
+      const double tss = errors.totalSquares[k];
+      out.ratios(a, response) = pressRatio(errors, a, response);
+      out.q2(a, response) = tss > 0.0 ? 1.0 - errors.press[at] / tss : 0.0;
+      out.r2(a, response) = tss > 0.0 ? 1.0 - errors.residualSquares[at] / tss : 0.0;
     }
+}
+
+// The folds of the plan, one after the other; kDone, kNotConverged or kStopped.
+std::int32_t validate(const PlsAnalysis& given, const PlsProblem& problem, PlsScratch& s, Pace& pace) {
+  PlsFolds folds = planFolds({given.data, given.rowUse, given.n, given.m, given.p}, given.rowOrder, s.order);
+  const std::int32_t nFolds = folds.planned.plan.folds;
+  const double weight = folds.planned.plan.pressWeight;
+  PlsSums sums{given.press, s.means.data(), s.squares.data(), given.nComponents};
+  clearSums(problem.size, sums);
+  for (std::int32_t g = 0; g < nFolds; ++g) {
+    if (!pace.begin(g + 1, nFolds)) return kStopped;
+    const engine::FoldRows rows = folds(g, {s.fold.rows.data(), static_cast<std::size_t>(given.n)});
+    const engine::PartialLeastSquaresFold fold = runFold(problem, rows, s.fold, pace);
+    if (fold.status != engine::Status::Done) return static_cast<std::int32_t>(fold.status);
+    addFold(problem, fold, weight, sums);
+  }
+  standardErrors(problem.size, sums, weight, given.coefErrors);
+  return kDone;
 }
 
 }  // namespace
@@ -105,39 +99,40 @@ void summarise(const ResponseErrors& errors, std::int32_t q, std::int32_t chosen
 std::int32_t analyse(const PlsAnalysis& given) {
   const std::int32_t n = given.n, p = given.p, q = given.q, nModel = given.nComponents;
   if (n < 0 || p < 0 || given.m < std::int64_t{p} + q) return kSingular;
-  Obtained<PlsScratch> memory(n, p, q, nModel);
-  if (!memory) return kNoScratch;
-  PlsScratch& scratch = *memory;
-  listModelRows(given.rowUse, n, scratch.folds.rows.data(), given.rowOrder);
+  const PlsProblem problem{given.data, {n, p, q, nModel}};
+  Obtained<PlsScratch> scratch(problem.size);
+  if (!scratch) return kNoScratch;
+  const auto rows = listModelRows(given.rowUse, n, scratch->rows.data(), given.rowOrder);
   if (!given.scaled) std::fill_n(given.scales, given.m, 1.0);
 
   // 1. Components and coefficients of the model.
-  const PlsModel& model = scratch.model.view;
+  const HostReports reports{given.monitor, given.continueFlag};
+  Pace pace{engine::Checkpoint(reports)};
+  const PlsModel& model = scratch->model.view;
+  const Matrix rotations{scratch->fold.rotations.data(), p};
   const PlsResidualSums sums{given.tss, given.rss};
-  PlsData samples(scratch.data.data(), n, p, q);
-  takeSamples(given.data, scratch.folds.rows.data(), samples);
-  std::int32_t status = fitComponents(samples, model, scratch.folds.component, &sums);
-  if (status != kDone) return status;
-  coefficients(model, {scratch.folds.rotations.data(), p}, scratch.folds.samples, given.coefs);
+  const PlsFitted fitted = fitRows(problem, rows, model, scratch->fold.preparation, &sums, scratch->fold, pace);
+  if (fitted.extraction.status != kDone) return fitted.extraction.status;
+  findRotations(model, rotations, scratch->fold.samples, pace);
+  coefficients(model, {rotations.data, p}, given.coefs, pace);
 
   // 2. Cross-validation.
-  const PlsValidation validation{
-      given.data,         given.rowUse,   n,           given.m,         p, q, nModel, given.monitor,
-      given.continueFlag, given.rowOrder, given.press, given.coefErrors};
-  status = crossValidate(validation, scratch.data.data(), scratch.foldModel.view, scratch.foldCoefs.data(),
-                         {scratch.means.data(), scratch.squares.data()}, scratch.folds);
-  if (status != kDone) return status;
+  if (const std::int32_t status = validate(given, problem, *scratch, pace); status != kDone) return status;
   if (nModel < 1) return kSingular;
 
   // 3. The number of components.
-  const ResponseErrors errors{{given.press.data, nModel}, {given.rss.data, nModel}, given.tss};
-  const std::int32_t chosen = given.keepAll ? nModel : chooseComponents(errors, q, nModel, given.ratioLimit);
+  const auto figures = static_cast<std::size_t>(problem.size.figures());
+  const engine::ComponentErrors errors{
+      nModel, {given.press.data, figures}, {given.rss.data, figures}, {given.tss, static_cast<std::size_t>(q)}};
+  const std::int32_t chosen = given.keepAll ? nModel : componentsByRatio(errors, given.ratioLimit);
 
   // 4. Predictions, the model in raw units, and its statistics.
   const RawUnits raw{given.scales, given.means};
-  fitRows(given.data, n, model, chosen, raw, scratch.folds.samples, given.fitted);
-  convertToRawUnits(model, raw, given.coefs, given.coefErrors, given.intercepts);
-  summarise(errors, q, chosen, {given.pressRatios, given.q2, given.r2});
+  predictAllRows(given.data, n, model, chosen, raw, scratch->fold.samples, given.fitted, pace);
+  convertToRawUnits(model, raw, given.coefs);
+  convertToRawUnits(model, raw, given.coefErrors);
+  findIntercepts(model, raw, given.coefs, given.intercepts);
+  summarise(errors, chosen, {given.pressRatios, given.q2, given.r2});
   return kDone;
 }
 

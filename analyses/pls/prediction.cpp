@@ -71,13 +71,14 @@ double largestMagnitude(const double* values, std::int32_t n) {
 
 // False when a rotation is so small beside what it is the difference of that its digits are in doubt, or is not a
 // number: the rotations are not complete then. products and largest: nComponents each.
-bool rotationsByRecursion(const PlsModel& model, double* products, double* largest, Matrix r) {
+bool rotationsByRecursion(const PlsModel& model, double* products, double* largest, Matrix r, Pace& pace) {
   const std::int32_t p = model.p;
   for (std::int32_t a = 0; a < model.nComponents; ++a) {
     const double* w = model.weights.column(a);
     double* ra = r.column(a);
-    columnSums({model.loadings, p, a}, w, 1.0, products);
-    rowSums({r, p, a}, products, 1.0, ra);
+    columnSums({model.loadings, p, a}, w, 1.0, products, pace);
+    rowSums({r, p, a}, products, 1.0, ra, pace);
+    if (pace.stopped()) return true;
     double squares = 0.0;
     for (std::int32_t j = 0; j < p; ++j) {
       squares += w[j] * w[j];
@@ -98,13 +99,13 @@ bool rotationsByRecursion(const PlsModel& model, double* products, double* large
   return true;
 }
 
-void rotationsByDefinition(const PlsModel& model, PlsSampleScratch& s, Matrix r) {
+void rotationsByDefinition(const PlsModel& model, PlsSampleScratch& s, Matrix r, Pace& pace) {
   const std::int32_t p = model.p;
-  for (std::int32_t j = 0; j < p; j += kSampleBlock) {
+  for (std::int32_t j = 0; j < p && !pace.stopped(); j += kSampleBlock) {
     const int units = std::min(kSampleBlock, p - j);
     std::fill_n(s.samples.data(), std::ptrdiff_t{p} * kSampleBlock, 0.0);
     for (int e = 0; e < units; ++e) s.samples[std::ptrdiff_t{j + e} * kSampleBlock + e] = 1.0;
-    scoreSamples(model, model.nComponents, kSampleBlock, s);
+    scoreSamples(model, model.nComponents, kSampleBlock, s, pace);
     for (std::int32_t a = 0; a < model.nComponents; ++a)
       std::copy_n(s.scores.data() + std::ptrdiff_t{a} * kSampleBlock, units, r.column(a) + j);
   }
@@ -112,9 +113,9 @@ void rotationsByDefinition(const PlsModel& model, PlsSampleScratch& s, Matrix r)
 
 }  // namespace
 
-void scoreSamples(const PlsModel& model, std::int32_t nUse, int samples, PlsSampleScratch& s) {
+void scoreSamples(const PlsModel& model, std::int32_t nUse, int samples, PlsSampleScratch& s, Pace& pace) {
   double* x = s.samples.data();
-  for (std::int32_t a = 0; a < nUse; ++a) {
+  for (std::int32_t a = 0; a < nUse && pace.goOn(2 * std::int64_t{model.p} * samples); ++a) {
     double* t = s.scores.data() + std::ptrdiff_t{a} * samples;
     const double *w = model.weights.column(a), *loadings = model.loadings.column(a);
     const bool deflates = a + 1 < model.nComponents;
@@ -128,18 +129,48 @@ void scoreSamples(const PlsModel& model, std::int32_t nUse, int samples, PlsSamp
   }
 }
 
-void coefficients(const PlsModel& model, Matrix rotations, PlsSampleScratch& s, double* coefs) {
-  double *products = s.scores.data(), *largest = products + model.nComponents;
-  if (isExhausted(model) || !rotationsByRecursion(model, products, largest, rotations))
-    rotationsByDefinition(model, s, rotations);
+void gatherSamples(ConstMatrix x, const std::int32_t* rows, std::int32_t first, int samples, std::int32_t p,
+                   const ColumnUnits& units, PlsSampleScratch& s) {
+  std::int32_t taken[kSampleBlock];
+  for (int r = 0; r < samples; ++r) taken[r] = rows == nullptr ? first + r : rows[r];
+  for (std::int32_t j = 0; j < p; ++j) {
+    const double* column = x.column(j);
+    double* to = s.samples.data() + std::ptrdiff_t{j} * samples;
+    for (int r = 0; r < samples; ++r) to[r] = units ? units.prepared(column[taken[r]], j) : column[taken[r]];
+  }
+}
 
+void findRotations(const PlsModel& model, Matrix rotations, PlsSampleScratch& s, Pace& pace) {
+  double *products = s.scores.data(), *largest = products + model.nComponents;
+  if (isExhausted(model) || !rotationsByRecursion(model, products, largest, rotations, pace))
+    rotationsByDefinition(model, s, rotations, pace);
+}
+
+void coefficients(const PlsModel& model, ConstMatrix rotations, double* coefs, Pace& pace) {
   const std::int32_t p = model.p;
   for (std::int32_t k = 0; k < model.q; ++k)
-    for (std::int32_t a = 0; a < model.nComponents; ++a) {
+    for (std::int32_t a = 0; a < model.nComponents && pace.goOn(p); ++a) {
       const double factor = model.inner[a] * model.respWeights(a, k);
       const double* r = rotations.column(a);
       for (std::int32_t j = 0; j < p; ++j) coefs[j] = a == 0 ? factor * r[j] : coefs[j - p] + factor * r[j];
       coefs += p;
+    }
+}
+
+void convertToRawUnits(const PlsModel& model, const RawUnits& raw, double* coefs) {
+  for (std::int32_t k = 0; k < model.q; ++k) {
+    const double scale = raw.scales[model.p + k];
+    for (std::int32_t a = 0; a < model.nComponents; ++a, coefs += model.p)
+      for (std::int32_t j = 0; j < model.p; ++j) coefs[j] = coefs[j] * scale / raw.scales[j];
+  }
+}
+
+void findIntercepts(const PlsModel& model, const RawUnits& raw, const double* coefs, Matrix intercepts) {
+  for (std::int32_t k = 0; k < model.q; ++k)
+    for (std::int32_t a = 0; a < model.nComponents; ++a, coefs += model.p) {
+      double shifted = 0.0;
+      for (std::int32_t j = 0; j < model.p; ++j) shifted += raw.means[j] * coefs[j];
+      intercepts(a, k) = raw.means[model.p + k] - shifted;
     }
 }
 

@@ -1,5 +1,5 @@
-// All scratch memory of one partial least squares analysis, obtained before anything is computed and used by everything
-// that follows.
+// Scratch memory of one partial least squares fit, with room for its model and what that predicts. Each place where
+// folds are run has one.
 #pragma once
 
 #include <cstddef>
@@ -8,74 +8,67 @@
 #include "analyses/pls/components.h"
 #include "analyses/pls/prediction.h"
 #include "numeric/matrix_view.h"
+#include "numeric/preparation.h"
 #include "numeric/scratch.h"
-#include "numeric/sorting.h"
 
 namespace studystats::core {
 
-// Weights, loadings, response weights and inner coefficients of one model.
-struct PlsModelScratch {
-  PlsModelScratch(Arena& arena, std::int32_t p, std::int32_t q, std::int32_t nComponents)
-      : weights(arena, area(p, nComponents)),
-        loadings(arena, area(p, nComponents)),
-        respWeights(arena, area(nComponents, q)),
-        inner(arena, nComponents),
-        scoreSquares(arena, nComponents),
-        view{p,
-             q,
-             nComponents,
-             {weights.data(), p},
-             {loadings.data(), p},
-             {respWeights.data(), nComponents},
-             inner.data(),
-             scoreSquares.data()} {}
+// n rows, p descriptors, q responses.
+struct PlsSizes {
+  std::int32_t n, p, q, nComponents;
 
-  Array<double> weights, loadings, respWeights, inner, scoreSquares;
+  std::ptrdiff_t perComponent() const { return area(p, nComponents); }
+  std::ptrdiff_t figures() const { return area(nComponents, q); }          // one a component and response
+  std::ptrdiff_t coefficients() const { return area(perComponent(), q); }  // and descriptor
+  std::ptrdiff_t data() const { return area(n, std::ptrdiff_t{p} + q); }
+};
+
+// Weights, loadings, response weights and inner coefficients of one model; its scores, when they are kept.
+struct PlsModelScratch {
+  PlsModelScratch(Arena& arena, const PlsSizes& size, bool keepScores)
+      : weights(arena, size.perComponent()),
+        loadings(arena, size.perComponent()),
+        respWeights(arena, size.figures()),
+        inner(arena, size.nComponents),
+        scoreSquares(arena, size.nComponents),
+        scores(arena, keepScores ? area(size.n, size.nComponents) : 0),
+        view{size.p,
+             size.q,
+             size.nComponents,
+             {weights.data(), size.p},
+             {loadings.data(), size.p},
+             {respWeights.data(), size.nComponents},
+             inner.data(),
+             scoreSquares.data(),
+             {keepScores ? scores.data() : nullptr, size.n}} {}
+
+  Array<double> weights, loadings, respWeights, inner, scoreSquares, scores;
   PlsModel view;
 };
 
-// What a validation needs beside the model that it fits and the sums that it keeps: n rows, p descriptors, q responses.
 struct PlsFoldScratch {
-  PlsFoldScratch(Arena& arena, std::int32_t n, std::int32_t p, std::int32_t q, std::int32_t nComponents)
-      : component(arena, n, q),
-        samples(arena, p, nComponents),
-        rotations(arena, area(p, nComponents)),
-        key(arena, n),
-        sortBuffer(arena, n),
-        modelRows(arena, n),
-        positions(arena, n),
-        inverse(arena, n),
-        order(arena, n),
-        usable(arena, n),
-        heldOut(arena, n),
-        rows(arena, area(n, 2)) {}
+  PlsFoldScratch(Arena& arena, PlsSizes size, bool coefficients, bool prepares)
+      : data(arena, size.data()),
+        predictions(arena, area(size.n, size.figures())),
+        coefs(arena, coefficients ? size.coefficients() : 0),
+        rotations(arena, coefficients ? size.perComponent() : 0),
+        intercepts(arena, size.figures()),
+        model(arena, size, false),
+        component(arena, size.n, size.q),
+        samples(arena, size.p, size.nComponents),
+        preparation(arena, prepares, size.n, size.p + size.q),
+        responseSquares(arena, size.q),
+        rows(arena, size.n) {}
 
+  Array<double> data;                           // samples of the fit
+  Array<double> predictions, coefs, rotations;  // of the fold's model
+  Array<double> intercepts;
+  PlsModelScratch model;
   PlsComponentScratch component;
   PlsSampleScratch samples;
-  Array<double> rotations;
-
-  // Of the validation order: positions among the rows of the model, counted from 1.
-  Array<double> key;
-  Array<SortEntry> sortBuffer;
-  Array<std::int32_t> modelRows, positions, inverse, order, usable, heldOut;
-
-  Array<std::int32_t> rows;  // of the data, counted from 1: those of a training subset in column 1, or held out
-};
-
-struct PlsScratch {
-  PlsScratch(Arena& arena, std::int32_t n, std::int32_t p, std::int32_t q, std::int32_t nComponents)
-      : data(arena, area(n, std::ptrdiff_t{p} + q)),
-        foldCoefs(arena, area(area(p, nComponents), q)),
-        means(arena, area(area(p, nComponents), q)),
-        squares(arena, area(area(p, nComponents), q)),
-        model(arena, p, q, nComponents),
-        foldModel(arena, p, q, nComponents),
-        folds(arena, n, p, q, nComponents) {}
-
-  Array<double> data;                       // samples of the fit and of the folds
-  Array<double> foldCoefs, means, squares;  // of the coefficients over the folds
-  PlsModelScratch model, foldModel;
-  PlsFoldScratch folds;
+  PreparationScratch preparation;
+  Array<double> responseSquares;  // of the training rows
+  Array<std::int32_t> rows;       // of the fold, as they are asked for
 };
 
 }  // namespace studystats::core

@@ -111,66 +111,75 @@ MagnitudeKey deflateColumn(double* __restrict x, const double* __restrict down, 
 
 // Calls add(i, j, rows) for every column j in order, kRowSums rows from i on at a time.
 template <class Add>
-void sumRows(const Block& block, double* sums, Add add) {
+void sumRows(const Block& block, double* sums, Pace& pace, Add add) {
   std::fill_n(sums, block.rows, 0.0);
-  for (std::int32_t i = 0; i < block.rows; i += kRowSums)
-    for (std::int32_t j = 0; j < block.columns; ++j) add(i, j, std::min(kRowSums, block.rows - i));
+  for (std::int32_t i = 0; i < block.rows && !pace.stopped(); i += kRowSums) {
+    const std::int32_t rows = std::min(kRowSums, block.rows - i);
+    pace.inParts(block.columns, rows, 1, [&](std::int32_t first, std::int32_t last) {
+      for (std::int32_t j = first; j < last; ++j) add(i, j, rows);
+    });
+  }
 }
 
-void sumRows(const Block& block, const double* v, Division how, double divisor, double* sums) {
-  sumRows(block, sums, [&](std::int32_t i, std::int32_t j, std::int32_t rows) {
+void sumRows(const Block& block, const double* v, Division how, double divisor, double* sums, Pace& pace) {
+  sumRows(block, sums, pace, [&](std::int32_t i, std::int32_t j, std::int32_t rows) {
     addColumn(&block.x(i, j), rows, v[j], how, divisor, sums + i);
   });
 }
 
-void sumColumns(const Block& block, const double* v, Division how, double divisor, double* sums) {
+void sumColumns(const Block& block, const double* v, Division how, double divisor, double* sums, Pace& pace) {
   const ConstMatrix x{block.x.data, block.x.ld};
   Terms terms;
-  for (std::int32_t j = 0; j < block.columns; j += kColumns) {
-    const int columns = std::min(kColumns, block.columns - j);
-    for (int k = columns; k < kColumns; ++k) std::fill_n(terms.q[k], kRows, 0.0);
-    double together[kColumns] = {};
-    for (std::int32_t i = 0; i < block.rows; i += kRows)
-      addRows(x.block(i, j), std::min(kRows, block.rows - i), columns, v + i, how, divisor, terms, together);
-    std::copy_n(together, columns, sums + j);
-  }
+  pace.inParts(block.columns, block.rows, kColumns, [&](std::int32_t first, std::int32_t last) {
+    for (std::int32_t j = first; j < last; j += kColumns) {
+      const int columns = std::min(kColumns, last - j);
+      for (int k = columns; k < kColumns; ++k) std::fill_n(terms.q[k], kRows, 0.0);
+      double together[kColumns] = {};
+      for (std::int32_t i = 0; i < block.rows; i += kRows)
+        addRows(x.block(i, j), std::min(kRows, block.rows - i), columns, v + i, how, divisor, terms, together);
+      std::copy_n(together, columns, sums + j);
+    }
+  });
 }
 
 }  // namespace
 
 MagnitudeKey smallestMagnitude(const double* values, std::ptrdiff_t n) { return smallestKey(values, n); }
 
-void columnSums(const Block& block, const double* v, double divisor, double* sums) {
+void columnSums(const Block& block, const double* v, double divisor, double* sums, Pace& pace) {
   const Division how = divisionBy(divisor, block.smallest, v, block.rows);
-  sumColumns(block, v, how, divisor, sums);
+  sumColumns(block, v, how, divisor, sums, pace);
   if (how == Division::kMultiply && !allFinite(sums, block.columns))
-    sumColumns(block, v, Division::kDivide, divisor, sums);
+    sumColumns(block, v, Division::kDivide, divisor, sums, pace);
 }
 
-void rowSums(const Block& block, const double* v, double divisor, double* sums) {
+void rowSums(const Block& block, const double* v, double divisor, double* sums, Pace& pace) {
   const Division how = divisionBy(divisor, block.smallest, v, block.columns);
-  sumRows(block, v, how, divisor, sums);
-  if (how == Division::kMultiply && !allFinite(sums, block.rows)) sumRows(block, v, Division::kDivide, divisor, sums);
+  sumRows(block, v, how, divisor, sums, pace);
+  if (how == Division::kMultiply && !allFinite(sums, block.rows))
+    sumRows(block, v, Division::kDivide, divisor, sums, pace);
 }
 
-void deflate(Block& block, const double* down, const double* along) {
+void deflate(Block& block, const double* down, const double* along, Pace& pace) {
   block.smallest = kNoMagnitude;
-  for (std::int32_t j = 0; j < block.columns; ++j)
-    block.smallest = std::min(block.smallest, deflateColumn(block.x.column(j), down, along[j], block.rows));
+  pace.inParts(block.columns, block.rows, 1, [&](std::int32_t first, std::int32_t last) {
+    for (std::int32_t j = first; j < last; ++j)
+      block.smallest = std::min(block.smallest, deflateColumn(block.x.column(j), down, along[j], block.rows));
+  });
 }
 
-void deflateAndSum(Block& block, const double* down, const double* along, const double* v, double divisor,
-                   double* sums) {
+void deflateAndSum(Block& block, const double* down, const double* along, const double* v, double divisor, double* sums,
+                   Pace& pace) {
   // What is left is not known before it is there, so the sums are formed over again when it is too small.
   const Division how = divisionBy(divisor, kNoMagnitude, v, block.columns);
   MagnitudeKey smallest = kNoMagnitude;
-  sumRows(block, sums, [&](std::int32_t i, std::int32_t j, std::int32_t rows) {
+  sumRows(block, sums, pace, [&](std::int32_t i, std::int32_t j, std::int32_t rows) {
     smallest =
         std::min(smallest, deflateAndAddColumn(&block.x(i, j), down + i, along[j], rows, v[j], how, divisor, sums + i));
   });
   block.smallest = smallest;
   if (how == Division::kMultiply && (smallest < kSmallestFactor || !allFinite(sums, block.rows)))
-    sumRows(block, v, Division::kDivide, divisor, sums);
+    sumRows(block, v, Division::kDivide, divisor, sums, pace);
 }
 
 }  // namespace studystats::core

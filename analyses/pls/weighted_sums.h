@@ -1,10 +1,12 @@
 // Weighted sums over a block of numbers, the one operation of NIPALS: every product is divided before it is added, and
-// every sum takes its terms in order into one accumulator that starts at 0.
+// every sum takes its terms in order into one accumulator that starts at 0. Results are without meaning once pace has
+// stopped.
 #pragma once
 
 #include <cstdint>
 
 #include "numeric/matrix_view.h"
+#include "numeric/pace.h"
 #include "numeric/quotient.h"
 
 namespace studystats::core {
@@ -19,16 +21,16 @@ struct Block {
 MagnitudeKey smallestMagnitude(const double* values, std::ptrdiff_t n);
 
 // sums(j) = sum over i of x(i, j) * v(i) / divisor.
-void columnSums(const Block& block, const double* v, double divisor, double* sums);
+void columnSums(const Block& block, const double* v, double divisor, double* sums, Pace& pace);
 
 // sums(i) = sum over j of x(i, j) * v(j) / divisor.
-void rowSums(const Block& block, const double* v, double divisor, double* sums);
+void rowSums(const Block& block, const double* v, double divisor, double* sums, Pace& pace);
 
 // x(i, j) -= down(i) * along(j).
-void deflate(Block& block, const double* down, const double* along);
+void deflate(Block& block, const double* down, const double* along, Pace& pace);
 
 // deflate, and rowSums of what is left, in one pass over the block.
-void deflateAndSum(Block& block, const double* down, const double* along, const double* v, double divisor,
-                   double* sums);
+void deflateAndSum(Block& block, const double* down, const double* along, const double* v, double divisor, double* sums,
+                   Pace& pace);
 
 }  // namespace studystats::core

@@ -96,14 +96,16 @@ TEST(WeightedSums, EqualThePlainLoopsInEveryShapeAtEveryMagnitude) {
 
           core::Block block = w.block();
           Numbers down(size(columns)), along(size(rows));
-          core::columnSums(block, w.rowWeights.data(), divisor, down.data());
-          core::rowSums(block, w.columnWeights.data(), divisor, along.data());
+          core::Pace unasked;
+          core::columnSums(block, w.rowWeights.data(), divisor, down.data(), unasked);
+          core::rowSums(block, w.columnWeights.data(), divisor, along.data(), unasked);
           EXPECT_TRUE(sameBits(down, w.columnSums())) << rows << " x " << columns << " / " << divisor;
           EXPECT_TRUE(sameBits(along, w.rowSums())) << rows << " x " << columns << " / " << divisor;
 
           Weighted deflated = w;
           deflated.deflate();
-          core::deflateAndSum(block, w.down.data(), w.along.data(), w.columnWeights.data(), divisor, along.data());
+          core::deflateAndSum(block, w.down.data(), w.along.data(), w.columnWeights.data(), divisor, along.data(),
+                              unasked);
           EXPECT_TRUE(sameBits(along, deflated.rowSums())) << rows << " x " << columns << " / " << divisor;
           EXPECT_TRUE(sameBits(w.x, deflated.x)) << rows << " x " << columns;
           core::MagnitudeKey smallest = core::kNoMagnitude;

@@ -41,9 +41,9 @@ class Checkpoint {
  public:
   Checkpoint() = default;  // goes on
   template <class Ask>
-  requires std::is_invocable_r_v<bool, Ask&, const Progress&> Checkpoint(
-      Ask& ask)  // NOLINT(google-explicit-constructor)
-      : asked_(&ask),
+  requires(!std::is_same_v<std::remove_const_t<Ask>, Checkpoint> && std::is_invocable_r_v<bool, Ask&, const Progress&>)
+      Checkpoint(Ask& ask)  // NOLINT(google-explicit-constructor)
+      : asked_(const_cast<void*>(static_cast<const void*>(&ask))),
         ask_([](void* asked, const Progress& progress) -> bool { return (*static_cast<Ask*>(asked))(progress); }) {}
 
   bool operator()(const Progress& progress) const { return ask_ == nullptr || ask_(asked_, progress); }
