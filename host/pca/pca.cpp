@@ -129,8 +129,8 @@ class Placement {
   std::vector<double> deviation_;
 };
 
-void placeRows(PrincipalComponents& result, const Prepared& prepared, const engine::PrincipalComponentsModel& d, double rounding,
-               Watch& watch) {
+void placeRows(PrincipalComponents& result, const Prepared& prepared, const engine::PrincipalComponentsModel& d,
+               double rounding, Watch& watch) {
   const std::vector<double> centre = columnMeans(prepared.model);
   Placement placement(result, centre, rounding);
   const std::vector<std::string> labels = labelsOf(prepared.modelRows, result.classColumn);
@@ -236,8 +236,8 @@ PrincipalComponents principalComponents(const TableView& table, const PrincipalC
   const Prepared prepared = preparePrincipalComponents(table, options, watch);
   watch.report("analysis", "principal components", 10, 90, 0, 1);
   const std::int32_t n = count32(prepared.model.rows);
-  engine::PrincipalComponents components({.table = {prepared.model.values.data(), n, count32(prepared.model.columns), n},
-                                          .side = engine::Side::Smaller});
+  engine::PrincipalComponents components(
+      {.table = {prepared.model.values.data(), n, count32(prepared.model.columns), n}, .side = engine::Side::Smaller});
   decompose(components, watch);
   const engine::PrincipalComponentsModel& d = components.model();
   watch.report("analysis", "rows and limits", 10, 90, 1, 1);

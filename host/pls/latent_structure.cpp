@@ -7,102 +7,49 @@
 namespace studystats {
 namespace {
 
-constexpr double kRoundingLevel = 1e-11;  // of the largest coefficient: what lies below says nothing
+constexpr double kRoundingLevel = 1e-11;  // of the mean squared length of a row: what lies below says nothing
 
 double dot(std::span<const double> a, std::span<const double> b) {
   return std::inner_product(a.begin(), a.end(), b.begin(), 0.0);
 }
 
-void scaleBy(std::vector<double>& values, double factor) {
-  for (double& value : values) value *= factor;
-}
-
-// What component a adds to the coefficients of response k, in the block's units.
-std::vector<double> increment(const std::vector<double>& scales, const PlsCall& call, std::size_t a, std::size_t k) {
-  std::vector<double> change(call.descriptors);
-  const double ofResponse = scales[call.descriptors + k];
-  for (std::size_t j = 0; j < change.size(); ++j) {
-    const double before = a == 0 ? 0 : call.coefficient(j, a - 1, k);
-    change[j] = (call.coefficient(j, a, k) - before) * scales[j] / ofResponse;
-  }
-  return change;
-}
-
-double largest(const std::vector<double>& values) {
-  double most = 0;
-  for (const double value : values) most = std::max(most, std::abs(value));
-  return most;
-}
-
-// The direction of a component: the longest of its increments; the sign is that of the increment for one response, else
-// the largest entry is positive. Empty at the level of rounding.
-std::vector<double> directionOf(const std::vector<double>& scales, const PlsCall& call, std::size_t a) {
-  std::vector<double> direction;
-  double most = 0, reference = 0;
-  for (std::size_t k = 0; k < call.responses; ++k) {
-    std::vector<double> change = increment(scales, call, a, k);
-    for (std::size_t j = 0; j < change.size(); ++j)
-      reference = std::max(reference, std::abs(call.coefficient(j, a, k) * scales[j] / scales[call.descriptors + k]));
-    if (const double size = largest(change); size > most) {
-      most = size;
-      direction = std::move(change);
-    }
-  }
-  if (!(most > kRoundingLevel * reference)) return {};
-  if (call.responses > 1) {
-    const auto entry = std::max_element(direction.begin(), direction.end(),
-                                        [](double x, double y) { return std::abs(x) < std::abs(y); });
-    if (*entry < 0) scaleBy(direction, -1);
-  }
-  return direction;
-}
-
 }  // namespace
 
-LatentStructure::LatentStructure(const Grid& block, const std::vector<double>& scales, const PlsCall& call,
-                                 std::size_t most) {
-  for (std::size_t j = 0; j < call.descriptors; ++j) squares_ += dot(block.column(j), block.column(j));
-  for (std::size_t a = 0; a < std::min(most, call.components); ++a) {
-    std::vector<double> direction = directionOf(scales, call, a);
-    if (direction.empty() || !add(block, std::move(direction))) return;
-  }
+LatentStructure::LatentStructure(const Grid& block, const engine::PartialLeastSquaresModel& model) {
+  const std::size_t p = block.columns - model.totalSquares.size();
+  for (std::size_t j = 0; j < p; ++j) squares_ += dot(block.column(j), block.column(j));
+  for (std::size_t a = 0; a < static_cast<std::size_t>(model.rank); ++a) add(block, model, a);
 }
 
-bool LatentStructure::add(const Grid& block, std::vector<double> direction) {
-  const std::size_t p = direction.size(), n = block.rows;
+void LatentStructure::add(const Grid& block, const engine::PartialLeastSquaresModel& model, std::size_t a) {
+  const std::size_t n = block.rows, q = model.totalSquares.size(), p = block.columns - q;
+  const auto weights = model.weights.subspan(a * p, p), rotation = model.rotations.subspan(a * p, p);
+  double length = std::sqrt(dot(weights, weights));
+  const auto largest =
+      std::max_element(rotation.begin(), rotation.end(), [](double x, double y) { return std::abs(x) < std::abs(y); });
+  if (q > 1 && *largest < 0) length = -length;
+  const auto shown = [&](std::span<const double> values, double factor) {
+    std::vector<double> list(values.begin(), values.end());
+    for (double& value : list) value *= factor;
+    return list;
+  };
+  weights_.push_back(shown(weights, 1 / length));
+  rotations_.push_back(shown(rotation, 1 / length));
+  loadings_.push_back(shown(model.loadings.subspan(a * p, p), length));
+  scores_.push_back(shown(model.scores.subspan(a * n, n), 1 / length));
 
-  // 1. Weights: what the direction has beyond those before it; r is scaled so that its part along them is 1.
-  std::vector<double> weights = direction;
-  for (int pass = 0; pass < 2; ++pass)  // twice: the first pass may leave rounding of a long projection
-    for (const std::vector<double>& before : weights_) {
-      const double part = dot(weights, before);
-      for (std::size_t j = 0; j < p; ++j) weights[j] -= part * before[j];
-    }
-  const double length = std::sqrt(dot(weights, weights));
-  if (!(length > kRoundingLevel * std::sqrt(dot(direction, direction)))) return false;
-  scaleBy(weights, 1 / length);
-  scaleBy(direction, 1 / length);
-
-  // 2. Scores and loadings.
-  std::vector<double> scores(n, 0.0), loadings, responseLoadings;
-  for (std::size_t j = 0; j < p; ++j) {
-    const std::span<const double> column = block.column(j);
-    for (std::size_t i = 0; i < n; ++i) scores[i] += column[i] * direction[j];
-  }
-  const double tt = dot(scores, scores);
-  if (!(tt > kRoundingLevel * kRoundingLevel * squares_)) return false;
-  for (std::size_t j = 0; j < block.columns; ++j)
-    (j < p ? loadings : responseLoadings).push_back(dot(block.column(j), scores) / tt);
-
-  const double before = explained_.empty() ? 0 : explained_.back();
-  explained_.push_back(before + tt * dot(loadings, loadings) / squares_);
+  const std::vector<double>& scores = scores_.back();
+  const double tt = dot(scores, scores), before = explained_.empty() ? 0 : explained_.back();
+  responseLoadings_.emplace_back();
+  for (std::size_t k = 0; k < q; ++k) responseLoadings_.back().push_back(dot(block.column(p + k), scores) / tt);
+  explained_.push_back(before + tt * dot(loadings_.back(), loadings_.back()) / squares_);
   variances_.push_back(tt / static_cast<double>(n - 1));
-  rotations_.push_back(std::move(direction));
-  weights_.push_back(std::move(weights));
-  loadings_.push_back(std::move(loadings));
-  responseLoadings_.push_back(std::move(responseLoadings));
-  scores_.push_back(std::move(scores));
-  return true;
+  double here = 0;
+  const auto components = static_cast<std::size_t>(model.components);
+  for (std::size_t k = 0; k < q; ++k)
+    here += (a == 0 ? model.totalSquares[k] : model.residualSquares[a - 1 + k * components]) -
+            model.residualSquares[a + k * components];
+  explainedHere_.push_back(here);
 }
 
 std::vector<double> LatentStructure::scoresOf(std::span<const double> row) const {
@@ -149,18 +96,15 @@ std::vector<std::pair<double, double>> LatentStructure::residualMoments(const Gr
   return moments;
 }
 
-std::vector<double> LatentStructure::vip(const PlsCall& call, std::size_t kept) const {
-  std::vector<double> squares(call.descriptors, 0.0);
+std::vector<double> LatentStructure::vip(std::size_t kept) const {
+  std::vector<double> squares(weights_.empty() ? 0 : weights_.front().size(), 0.0);
   double total = 0;
   for (std::size_t a = 0; a < std::min(kept, weights_.size()); ++a) {
-    double explainedHere = 0;
-    for (std::size_t k = 0; k < call.responses; ++k)
-      explainedHere += (a == 0 ? call.tss[k] : call.rss[call.at(a - 1, k)]) - call.rss[call.at(a, k)];
-    total += explainedHere;
-    for (std::size_t j = 0; j < squares.size(); ++j) squares[j] += explainedHere * weights_[a][j] * weights_[a][j];
+    total += explainedHere_[a];
+    for (std::size_t j = 0; j < squares.size(); ++j) squares[j] += explainedHere_[a] * weights_[a][j] * weights_[a][j];
   }
   for (double& square : squares)
-    square = total > 0 ? std::sqrt(static_cast<double>(call.descriptors) * square / total) : 0;
+    square = total > 0 ? std::sqrt(static_cast<double>(squares.size()) * square / total) : 0;
   return squares;
 }
 

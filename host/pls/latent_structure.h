@@ -1,11 +1,12 @@
-// Scores, weights and loadings of a partial least squares model, found again from its regression coefficients.
+// Scores, weights and loadings of a partial least squares model, in the form in which they are shown: weights of unit
+// length, scores t = X r, loadings X't / t't.
 //
-// The model with one component more differs by a rank-one increment r q' of the coefficients; its direction gives r,
-// with the scores t = X r. The weights are r orthogonalised on the weights before it, the loadings X't / t't. De Jong
-// (1993), Chemometrics and Intelligent Laboratory Systems 18, 251-263.
+// The engine's components carry the length of their loadings; here each is divided by it. With several responses the
+// sign of a component is open: the largest entry of its rotation is positive.
 #pragma once
 
-#include "host/pls/pls_call.h"
+#include <studystats/engine/partial_least_squares.h>
+#include <studystats/host/data.h>
 
 #include <cstddef>
 #include <span>
@@ -16,9 +17,10 @@ namespace studystats {
 
 class LatentStructure {
  public:
-  // block: the rows of the call, descriptors then responses; scales: table units of its columns, as the call's
-  // coefficients have them. Up to `most` components; fewer where an increment is at the level of rounding.
-  LatentStructure(const Grid& block, const std::vector<double>& scales, const PlsCall& call, std::size_t most);
+  LatentStructure() = default;
+  // block: the rows of the model, descriptors then responses; its model, with scores. As many components as are more
+  // than rounding.
+  LatentStructure(const Grid& block, const engine::PartialLeastSquaresModel& model);
 
   std::size_t components() const { return scores_.size(); }
   const std::vector<double>& weights(std::size_t a) const { return weights_[a]; }
@@ -36,14 +38,15 @@ class LatentStructure {
   std::vector<std::pair<double, double>> residualMoments(const Grid& block) const;
 
   // Variable influence on projection of the first `kept` components: the squares sum to the number of descriptors.
-  std::vector<double> vip(const PlsCall& call, std::size_t kept) const;
+  std::vector<double> vip(std::size_t kept) const;
 
  private:
-  bool add(const Grid& block, std::vector<double> direction);
+  void add(const Grid& block, const engine::PartialLeastSquaresModel& model, std::size_t component);
 
   std::vector<std::vector<double>> rotations_, weights_, loadings_, responseLoadings_, scores_;
   std::vector<double> variances_, explained_;
-  double squares_ = 0;  // of the prepared descriptors
+  std::vector<double> explainedHere_;  // of the responses' squares, each scaled as the block has them, by component
+  double squares_ = 0;                 // of the prepared descriptors
 };
 
 }  // namespace studystats

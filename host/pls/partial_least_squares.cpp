@@ -1,13 +1,13 @@
 // Partial least squares of a table: preparation, the analysis, the number of components, and what its rows are worth.
 //
-// The analysis is given the model's rows alone, their means 0; others are predicted with the equation afterwards. Sums
+// The engine is given the model's rows alone, their means 0; others are predicted with the equation afterwards. Sums
 // of squares come back in the block's units and are shown in those of the responses.
 #include "host/limits.h"
 #include "host/mlr/preparation.h"
 #include "host/model/model_build.h"
-#include "host/pls/held_out.h"
 #include "host/pls/latent_structure.h"
 #include "host/pls/pls.h"
+#include "host/pls/run.h"
 #include "host/text.h"
 
 #include <fmt/format.h>
@@ -20,35 +20,18 @@
 namespace studystats {
 namespace {
 
-constexpr double kMostWork = 4e9;  // multiplications that the centring within folds may cost, a second or two
-
-[[noreturn]] void refuseNonConvergence(const PreparedPls& prepared, const PlsCall& call, Watch& watch) {
-  std::size_t component = call.completed() + 1;
-  std::string where;
-  if (call.foldsBegun > 0) {
-    const FoldPlan plan = planOf(call.foldsPlanned, prepared.folds, prepared.block.rows);
-    const RowsOfFolds folds(prepared.folds, plan, call.order);
-    component = failingComponent(prepared, folds[static_cast<std::size_t>(call.foldsBegun - 1)], watch);
-    where = fmt::format(" in fold {} of {}", call.foldsBegun, call.foldsPlanned);
-  }
-  throw NotComputed(
-      fmt::format("component {} did not converge in 1000 passes{}: its responses pull it two ways equally. "
-                  "Try {}fewer --response columns, or one at a time.",
-                  component, where, component > 1 ? fmt::format("--components {}, ", component - 1) : std::string()));
-}
-
 // Figures of each number of components for one response, in its unit.
-std::vector<PlsFigures> figuresOf(const PlsCall& call, std::size_t k, double scale, double n) {
+std::vector<PlsFigures> figuresOf(const PlsRun& run, std::size_t k, double scale, double n) {
   std::vector<PlsFigures> figures;
   const double square = scale * scale;
-  for (std::size_t a = 0; a < call.components; ++a) {
+  for (std::size_t a = 0; a < run.components; ++a) {
     PlsFigures one;
-    one.rss = call.rss[call.at(a, k)] * square;
-    one.press = call.press[call.at(a, k)] * square;
-    const double before = a == 0 ? call.tss[k] : call.rss[call.at(a - 1, k)];
-    one.ratio = before > 0 ? std::sqrt(call.press[call.at(a, k)] / before) : 0;
-    one.r2 = call.tss[k] > 0 ? 1 - call.rss[call.at(a, k)] / call.tss[k] : 0;
-    one.q2 = call.tss[k] > 0 ? 1 - call.press[call.at(a, k)] / call.tss[k] : 0;
+    one.rss = run.rss[run.at(a, k)] * square;
+    one.press = run.press[run.at(a, k)] * square;
+    const double before = a == 0 ? run.tss[k] : run.rss[run.at(a - 1, k)];
+    one.ratio = before > 0 ? std::sqrt(run.press[run.at(a, k)] / before) : 0;
+    one.r2 = run.tss[k] > 0 ? 1 - run.rss[run.at(a, k)] / run.tss[k] : 0;
+    one.q2 = run.tss[k] > 0 ? 1 - run.press[run.at(a, k)] / run.tss[k] : 0;
     one.rmse = std::sqrt(one.rss / n);
     one.crossValidatedRmse = std::sqrt(one.press / n);
     figures.push_back(one);
@@ -57,13 +40,13 @@ std::vector<PlsFigures> figuresOf(const PlsCall& call, std::size_t k, double sca
 }
 
 // Where PRESS as a share of each response's sum of squares is least, summed over responses; the smaller number of ties.
-std::size_t leastPress(const PlsCall& call) {
+std::size_t leastPress(const PlsRun& run) {
   std::size_t best = 0;
   double least = std::numeric_limits<double>::infinity();
-  for (std::size_t a = 0; a < call.components; ++a) {
+  for (std::size_t a = 0; a < run.components; ++a) {
     double sum = 0;
-    for (std::size_t k = 0; k < call.responses; ++k)
-      if (call.tss[k] > 0) sum += call.press[call.at(a, k)] / call.tss[k];
+    for (std::size_t k = 0; k < run.responses; ++k)
+      if (run.tss[k] > 0) sum += run.press[run.at(a, k)] / run.tss[k];
     if (sum < least) {
       least = sum;
       best = a;
@@ -72,38 +55,30 @@ std::size_t leastPress(const PlsCall& call) {
   return best + 1;
 }
 
-std::size_t keptOf(const PlsCall& call, const ComponentChoice& choice) {
-  if (choice.kind == ComponentChoice::Kind::Minimum) return leastPress(call);
+std::size_t keptOf(const PlsRun& run, const ComponentChoice& choice) {
+  if (choice.kind == ComponentChoice::Kind::Minimum) return leastPress(run);
   if (choice.kind == ComponentChoice::Kind::Number)
-    return std::min(static_cast<std::size_t>(choice.number), call.components);
-  // The leading components whose root of PRESS(a) / RSS(a - 1) is within the limit for some response; one at least.
-  for (std::size_t a = 0; a < call.components; ++a) {
-    bool passes = false;
-    for (std::size_t k = 0; k < call.responses; ++k) {
-      const double before = a == 0 ? call.tss[k] : call.rss[call.at(a - 1, k)];
-      const double ratio = before > 0 ? std::sqrt(call.press[call.at(a, k)] / before) : 0;
-      passes = passes || ratio <= static_cast<double>(static_cast<float>(choice.limit));
-    }
-    if (!passes) return std::max<std::size_t>(a, 1);
-  }
-  return call.components;
+    return std::min(static_cast<std::size_t>(choice.number), run.components);
+  return run.keptByRatio(static_cast<double>(static_cast<float>(choice.limit)));
 }
 
-PlsResponse responseResult(const PreparedPls& prepared, const PlsCall& call, std::size_t k, std::size_t kept,
+PlsResponse responseResult(const PreparedPls& prepared, const PlsRun& run, std::size_t k, std::size_t kept,
                            const std::string& name) {
-  const std::size_t p = call.descriptors;
+  const std::size_t p = run.descriptors;
   PlsResponse response;
   response.name = name;
   response.mean = prepared.means[p + k];
   response.sd = sampleSd(prepared.responses[k]);
-  response.components = figuresOf(call, k, prepared.scales[p + k], static_cast<double>(prepared.block.rows));
-  response.constant = call.intercepts[call.at(kept - 1, k)];
+  response.components = figuresOf(run, k, prepared.scales[p + k], static_cast<double>(prepared.block.rows));
+  double shifted = 0;
   for (std::size_t j = 0; j < p; ++j) {
-    response.coefficients.push_back(call.coefficient(j, kept - 1, k));
-    response.coefficientErrors.push_back(call.error(j, kept - 1, k));
-    response.preparedCoefficients.push_back(call.coefficient(j, kept - 1, k) * prepared.scales[j] /
-                                            prepared.scales[p + k]);
+    const double unit = prepared.scales[p + k] / prepared.scales[j];
+    response.preparedCoefficients.push_back(run.coefficient(j, kept - 1, k));
+    response.coefficients.push_back(run.coefficient(j, kept - 1, k) * unit);
+    response.coefficientErrors.push_back(run.error(j, kept - 1, k) * unit);
+    shifted += prepared.means[j] * response.coefficients.back();
   }
+  response.constant = response.mean - shifted;
   return response;
 }
 
@@ -176,51 +151,32 @@ void judgePredictions(PartialLeastSquares& result) {
   }
 }
 
-void addHeldOut(PartialLeastSquares& result, const PlsHeldOut& heldOut) {
+void addHeldOut(PartialLeastSquares& result, const PlsRun& run) {
   const auto components = static_cast<std::size_t>(result.computed);
   for (std::size_t a = 0; a < components; ++a)
     result.foldsWithout.push_back(static_cast<std::size_t>(
-        std::count_if(heldOut.ranks.begin(), heldOut.ranks.end(), [a](std::size_t rank) { return rank <= a; })));
-  for (std::size_t i = 0; i < heldOut.rows.size(); ++i) {
+        std::count_if(run.ranks.begin(), run.ranks.end(), [a](std::size_t rank) { return rank <= a; })));
+  for (std::size_t i = 0; i < run.heldOut.size(); ++i) {
     PlsRow& row = result.rows[i];
-    const std::vector<PlsHeldOut::Prediction>& predictions = heldOut.rows[i];
+    const std::vector<HeldOut>& predictions = run.heldOut[i];
     row.timesHeldOut = predictions.size();
     if (predictions.empty()) continue;
     if (predictions.size() == 1) row.fold = predictions.front().fold;
     row.heldOutRank = components;
-    for (const PlsHeldOut::Prediction& prediction : predictions)
-      row.heldOutRank = std::min(row.heldOutRank, heldOut.ranks[prediction.fold - 1]);
+    for (const HeldOut& one : predictions) row.heldOutRank = std::min(row.heldOutRank, run.ranks[one.fold - 1]);
     for (std::size_t k = 0; k < result.responses.size(); ++k) {
       row.heldOut.emplace_back(components, 0.0);
-      for (const PlsHeldOut::Prediction& prediction : predictions)
-        for (std::size_t a = 0; a < components; ++a) row.heldOut[k][a] += prediction.values[a + k * components];
+      for (const HeldOut& one : predictions)
+        for (std::size_t a = 0; a < components; ++a) row.heldOut[k][a] += one.values[a + k * components];
       for (double& value : row.heldOut[k]) value /= static_cast<double>(predictions.size());
     }
   }
 }
 
 // What q2 would be with every fold centred on its own training rows: the share that the common centring hides.
-void addCentredInside(PartialLeastSquares& result, const PreparedPls& prepared, const PlsCall& call, Watch& watch) {
-  const double work =
-      4.0 * static_cast<double>(prepared.block.values.size()) * result.kept * static_cast<double>(result.plan.folds);
-  if (work > kMostWork) return;
-  const PlsHeldOut inside =
-      plsHeldOut(prepared, result.plan, call.order, result.kept, FoldCentring::WithinFold, watch, 90, 98);
-  for (std::size_t k = 0; k < result.responses.size(); ++k) {
-    double press = 0;
-    std::size_t predictions = 0;
-    for (std::size_t i = 0; i < inside.rows.size(); ++i)
-      for (const PlsHeldOut::Prediction& prediction : inside.rows[i]) {
-        const std::size_t last = static_cast<std::size_t>(result.kept) * (k + 1) - 1;
-        const double error = prediction.values[last] - prepared.responses[k][i];
-        press += error * error;
-        ++predictions;
-      }
-    const double scale = prepared.scales[call.descriptors + k];
-    const double weight =
-        static_cast<double>(inside.rows.size()) / static_cast<double>(std::max<std::size_t>(1, predictions));
-    if (predictions > 0) result.responses[k].centredInsideQ2 = 1 - weight * press / (call.tss[k] * scale * scale);
-  }
+void addCentredInside(PartialLeastSquares& result, const PreparedPls& prepared, const PlsRun& run, Watch& watch) {
+  const std::vector<double> press = pressCentredInside(prepared, result.kept, watch, 60, 98);
+  for (std::size_t k = 0; k < press.size(); ++k) result.responses[k].centredInsideQ2 = 1 - press[k] / run.tss[k];
 }
 
 Grid gridOf(std::size_t rows, std::size_t columns, const auto& column) {
@@ -232,29 +188,28 @@ Grid gridOf(std::size_t rows, std::size_t columns, const auto& column) {
   return grid;
 }
 
-void addStructure(PartialLeastSquares& result, const LatentStructure& structure, const PlsCall& call) {
+void addStructure(PartialLeastSquares& result, const LatentStructure& structure, const PlsRun& run) {
   const auto kept = std::min(static_cast<std::size_t>(result.kept), structure.components());
   for (std::size_t a = 0; a < structure.components(); ++a) result.explained.push_back(structure.explained(a));
   result.weights = gridOf(
-      call.descriptors, kept, [&](std::size_t a) -> const auto& { return structure.weights(a); });
+      run.descriptors, kept, [&](std::size_t a) -> const auto& { return structure.weights(a); });
   result.loadings = gridOf(
-      call.descriptors, kept, [&](std::size_t a) -> const auto& { return structure.loadings(a); });
+      run.descriptors, kept, [&](std::size_t a) -> const auto& { return structure.loadings(a); });
   result.responseLoadings = gridOf(
-      call.responses, kept, [&](std::size_t a) -> const auto& { return structure.responseLoadings(a); });
-  result.vip = structure.vip(call, kept);
+      run.responses, kept, [&](std::size_t a) -> const auto& { return structure.responseLoadings(a); });
+  result.vip = structure.vip(kept);
 }
 
-PlsModelResponse modelResponse(const PartialLeastSquares& result, const PreparedPls& prepared, const PlsCall& call,
+PlsModelResponse modelResponse(const PartialLeastSquares& result, const PreparedPls& prepared, const PlsRun& run,
                                std::size_t k) {
-  const std::size_t p = call.descriptors;
+  const std::size_t p = run.descriptors;
   PlsModelResponse response;
   response.mean = prepared.means[p + k];
   response.scale = prepared.scales[p + k];
-  response.coefficients = {p, call.components, {}};
+  response.coefficients = {p, run.components, {}};
   response.inTableUnits = TableEquation{result.responses[k].constant, result.responses[k].coefficients};
-  for (std::size_t a = 0; a < call.components; ++a) {
-    for (std::size_t j = 0; j < p; ++j)
-      response.coefficients.values.push_back(call.coefficient(j, a, k) * prepared.scales[j] / prepared.scales[p + k]);
+  for (std::size_t a = 0; a < run.components; ++a) {
+    for (std::size_t j = 0; j < p; ++j) response.coefficients.values.push_back(run.coefficient(j, a, k));
     const PlsFigures& figures = result.responses[k].components[a];
     response.r2.push_back(figures.r2);
     response.q2.push_back(figures.q2);
@@ -264,9 +219,9 @@ PlsModelResponse modelResponse(const PartialLeastSquares& result, const Prepared
   return response;
 }
 
-Model modelOf(const PartialLeastSquares& result, const PreparedPls& prepared, const PlsCall& call,
+Model modelOf(const PartialLeastSquares& result, const PreparedPls& prepared, const PlsRun& run,
               const LatentStructure& structure) {
-  std::vector<std::size_t> all(call.descriptors);
+  std::vector<std::size_t> all(run.descriptors);
   std::iota(all.begin(), all.end(), std::size_t{0});
   ModelData data = modelOf(Model::Kind::PartialLeastSquares, result.used, all, result.level);
   for (std::size_t j = 0; j < all.size(); ++j) data.descriptors[j].shift = prepared.means[j];  // mean 0 in the block
@@ -274,12 +229,12 @@ Model modelOf(const PartialLeastSquares& result, const PreparedPls& prepared, co
   data.validation.scheme = describedFolds(result.plan);
   const std::size_t components = structure.components();
   PlaneModel plane;
-  plane.centre.assign(call.descriptors, 0.0);
+  plane.centre.assign(run.descriptors, 0.0);
   plane.offsets.assign(components, 0.0);
   plane.rotations = gridOf(
-      call.descriptors, components, [&](std::size_t a) -> const auto& { return structure.rotation(a); });
+      run.descriptors, components, [&](std::size_t a) -> const auto& { return structure.rotation(a); });
   plane.loadings = gridOf(
-      call.descriptors, components, [&](std::size_t a) -> const auto& { return structure.loadings(a); });
+      run.descriptors, components, [&](std::size_t a) -> const auto& { return structure.loadings(a); });
   for (const auto& [mean, variance] : structure.residualMoments(prepared.block)) {
     plane.qMeans.push_back(mean);
     plane.qVariances.push_back(variance);
@@ -287,9 +242,9 @@ Model modelOf(const PartialLeastSquares& result, const PreparedPls& prepared, co
   for (std::size_t a = 0; a < components; ++a) plane.variances.push_back(structure.variance(a));
   plane.explained = result.explained;
   data.plane = std::move(plane);
-  for (std::size_t k = 0; k < call.responses; ++k) {
+  for (std::size_t k = 0; k < run.responses; ++k) {
     data.responses.push_back(result.responses[k].name);
-    data.pls.push_back(modelResponse(result, prepared, call, k));
+    data.pls.push_back(modelResponse(result, prepared, run, k));
   }
   return sealed(std::move(data));
 }
@@ -313,40 +268,24 @@ PartialLeastSquares partialLeastSquares(const TableView& table, const PartialLea
   result.computed = prepared.components;
 
   // 1. The model and its validation.
-  const bool byColumn = prepared.folds.kind == Folds::Kind::Column;
-  PlsCall call = callPls({.block = prepared.block,
-                          .descriptors = prepared.descriptors(),
-                          .means = prepared.means,
-                          .scales = prepared.scales,
-                          .components = prepared.components,
-                          .keepAll = options.choice.kind != ComponentChoice::Kind::Ratio || byColumn,
-                          .ratioLimit = options.choice.limit,
-                          .folds = settingsOf(prepared.folds)},
-                         prepared.folds.seed, watch, "fold ", 2, 50);
-  if (byColumn && call.status == 0) validatePlsByColumn(call, prepared, watch, 10, 50);
-  if (call.status == 2) refuseNonConvergence(prepared, call, watch);
-  if (call.status != 0) throw NotComputed(fmt::format("no component could be computed (status {}).", call.status));
-  result.plan = planOf(call.foldsPlanned, prepared.folds, prepared.block.rows);
+  const PlsRun run = runPls(prepared, watch, 2, 60);
+  const LatentStructure& structure = run.structure;
+  result.plan = run.plan;
 
   // 2. How many components, and what they say.
-  const std::size_t kept = keptOf(call, options.choice);
-  if (options.choice.kind == ComponentChoice::Kind::Ratio && !byColumn && kept != call.kept())
-    throw NotComputed("the number of components kept differs from the analysis's own.");
+  const std::size_t kept = keptOf(run, options.choice);
   result.kept = static_cast<int>(kept);
-  for (std::size_t k = 0; k < call.responses; ++k)
-    result.responses.push_back(responseResult(prepared, call, k, kept, options.responses[k]));
-  const LatentStructure structure(prepared.block, prepared.scales, call, call.components);
-  addStructure(result, structure, call);
+  for (std::size_t k = 0; k < run.responses; ++k)
+    result.responses.push_back(responseResult(prepared, run, k, kept, options.responses[k]));
+  addStructure(result, structure, run);
 
   // 3. The rows: in the model, kept out, held out.
   placeRows(result, prepared, structure, watch);
   judgePredictions(result);
-  if (options.heldOutRows)
-    addHeldOut(result, plsHeldOut(prepared, result.plan, call.order, prepared.components, FoldCentring::AllRows, watch,
-                                  55, 90));
-  addCentredInside(result, prepared, call, watch);
+  addHeldOut(result, run);
+  addCentredInside(result, prepared, run, watch);
 
-  result.model = modelOf(result, prepared, call, structure);
+  result.model = modelOf(result, prepared, run, structure);
   remarkOnPls(result);
   watch.report("analysis", "done", 98, 100, 1, 1);
   return result;

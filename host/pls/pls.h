@@ -3,7 +3,7 @@
 
 #include <studystats/host/partial_least_squares.h>
 
-#include "host/pls/pls_call.h"
+#include "host/pls/preparation.h"
 
 namespace studystats {
 

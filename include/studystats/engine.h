@@ -11,7 +11,7 @@
 #include <studystats/engine/basics.h>
 #include <studystats/engine/discriminant.h>
 #include <studystats/engine/folds.h>
-#include <studystats/engine/principal_components.h>
 #include <studystats/engine/partial_least_squares.h>
 #include <studystats/engine/preparation.h>
+#include <studystats/engine/principal_components.h>
 #include <studystats/engine/regression.h>

@@ -30,8 +30,7 @@ struct PartialLeastSquaresOptions {
   int components = 0;  // computed; 0: 10, or what rows and columns allow
   ComponentChoice choice{};
   Folds folds{};
-  double level = 0.95;      // of limits
-  bool heldOutRows = true;  // every fold is run again for the predictions of the rows that it held out
+  double level = 0.95;  // of limits
   DataOptions data{};
   ProgressCallback progress{};
   StopSignal stop{};
@@ -95,8 +94,7 @@ struct PartialLeastSquares {
   Grid loadings;                  // descriptors x kept: projection of the prepared descriptors on the scores
   Grid responseLoadings;          // responses x kept
   std::vector<double> vip;        // one a descriptor; their squares sum to the number of descriptors
-  std::vector<std::size_t> foldsWithout;  // folds whose training rows hold no such component, one a computed component;
-                                          // empty without heldOutRows
+  std::vector<std::size_t> foldsWithout;  // folds whose training rows hold no such component, one a computed component
   std::vector<PlsRow> rows;               // the model's in table order, then those only predicted
   FoldPlan plan;
   double level = 0.95;

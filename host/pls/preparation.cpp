@@ -1,23 +1,20 @@
-#include "host/pls/pls_call.h"
+// The options of partial least squares checked; its descriptors and responses taken from the table, with means of 0.
+#include "host/pls/preparation.h"
 
 #include "host/mlr/preparation.h"
-#include "host/monitor.h"
 #include "host/preparation/same_information.h"
 #include "host/text.h"
 
 #include <fmt/format.h>
-#include <studystats/analyses.h>
 
 #include <algorithm>
-#include <cmath>
-#include <limits>
 #include <numeric>
 #include <set>
+#include <string>
 
 namespace studystats {
 namespace {
 
-constexpr double kUnset = std::numeric_limits<double>::quiet_NaN();
 constexpr int kDefaultComponents = 10;
 
 void checkOptions(const PartialLeastSquaresOptions& options) {
@@ -133,58 +130,6 @@ PreparedPls preparePls(const TableView& table, const PartialLeastSquaresOptions&
   fillBlock(prepared, options.data.scaling);
   setComponents(prepared, options);
   return prepared;
-}
-
-std::size_t PlsCall::kept() const {
-  std::size_t count = 0;
-  while (count < components && !std::isnan(ratios[count])) ++count;
-  return count;
-}
-
-std::size_t PlsCall::completed() const {
-  std::size_t count = 0;
-  while (count < components && !std::isnan(rss[count])) ++count;
-  return count;
-}
-
-PlsCall callPls(const PlsRequest& request, std::int32_t seed, Watch& watch, const std::string& text, double from,
-                double to) {
-  const std::int32_t n = count32(request.block.rows), m = count32(request.block.columns);
-  const std::int32_t p = count32(request.descriptors), q = m - p, components = request.components;
-  const bool scaled = !request.scales.empty();
-  PlsCall call;
-  call.descriptors = request.descriptors;
-  call.components = static_cast<std::size_t>(components);
-  call.responses = static_cast<std::size_t>(q);
-  const std::size_t perPair = call.components * call.responses;
-  for (auto* perDescriptor : {&call.coefs, &call.errors}) perDescriptor->assign(call.descriptors * perPair, kUnset);
-  for (auto* figure : {&call.ratios, &call.rss, &call.press, &call.intercepts}) figure->assign(perPair, kUnset);
-  call.tss.assign(call.responses, kUnset);
-  call.order.assign(request.block.rows, 0);
-  std::vector<double> q2(perPair, kUnset), r2(perPair, kUnset), fitted(request.block.rows * call.responses, kUnset);
-  std::vector<double> scales = scaled ? request.scales : std::vector<double>(request.block.columns, 1.0);
-  const std::vector<double> means = scaled ? request.means : std::vector<double>(request.block.columns, 0.0);
-  const std::vector<std::int32_t> tags(2 * request.block.rows, 0), use(request.block.rows, 1);
-  std::int32_t goOn = 1;
-
-  HostMonitor monitor(watch, "folds", text, from, to);
-  const ValidatingAlone alone(seed);
-  PlsAnl(request.block.values.data(), tags.data(), call.order.data(), use.data(), n, m, /*reserved*/ 0, scales.data(),
-         means.data(), /*reserved*/ nullptr, q, p, request.keepAll ? 1 : 0, static_cast<float>(request.ratioLimit),
-         components, scaled ? 1 : 0, request.folds.method, request.folds.groups, request.folds.fraction,
-         call.coefs.data(), call.errors.data(), call.ratios.data(), q2.data(), r2.data(), call.rss.data(),
-         call.tss.data(), call.intercepts.data(), fitted.data(), call.press.data(), &call.status, monitor.monitor(),
-         &goOn);
-  monitor.rethrow();
-  if (call.status == 999) throw Stopped();
-  if (call.status == 5)
-    throw OutOfMemory(fmt::format("not enough memory for partial least squares of {} x {} numbers and {} components.",
-                                  n, m, components));
-  if (monitor.reports() > 0) {
-    call.foldsBegun = monitor.current();
-    call.foldsPlanned = monitor.total();
-  }
-  return call;
 }
 
 }  // namespace studystats
