@@ -348,8 +348,8 @@ STUDYSTATS_API void PlsAnl(const double* data, const int32_t* rowTags, int32_t* 
  *   data               in      n x p  the variables
  *   classOf            in      n x 2  column 1: class of each sample, 1 ... g; any other number is an unknown class.
  *                                     Column 2 is not looked at
- *   modelRows          out     n      rows of the model's samples (counted from 1, in increasing order), sorted by class
- *                                     for the validation, ties as they were; behind them those of the others
+ *   modelRows          out     n      rows of the model's samples (counted from 1, in increasing order), for the
+ *                                     validation sorted by class, ties as they were; behind them those of the others
  *   inModel            in      n      1: takes part in the model, and may be a training sample of a fold. Other: is
  *                                     only classified, by the final model and in every fold. Such a sample, when its
  *                                     class is known, still counts as a member of it in the divisor of the class mean
