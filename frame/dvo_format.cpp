@@ -45,16 +45,4 @@ DvoFormat& operator<<(DvoFormat& format, double number) {
   return format;
 }
 
-DvoFormat& operator<<(DvoFormat& format, std::int32_t number) {
-  format.stream_ << number;
-  format.AfterInsertion();
-  return format;
-}
-
-DvoFormat& operator<<(DvoFormat& format, std::int64_t number) {
-  format.stream_ << number;
-  format.AfterInsertion();
-  return format;
-}
-
 }  // namespace Dvo

@@ -1,29 +1,37 @@
 // From two nested counters to the host's progress window and back to a go-on flag.
 #include <studystats/frame.h>
 
+#include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace {
 
-// Where the counters stand, as the host shows it: 10 at the start, 100 at the end, and never outside, so that counts of
-// 0 or below cannot overflow the conversion. Written so that a not-a-number gives 10.
+// Where the counters stand, as the host shows it: 10 at the start, 100 at the end. Without two counts to divide by the
+// quotient means nothing: held within the two, and written so that a not-a-number gives 10.
 std::int32_t percentage(const ProgressMonitor& progress) {
   const double fraction =
       (double(progress.minorIteration) / double(progress.minorIterationCount) + double(progress.majorIteration)) /
       double(progress.majorIterationCount);
   const double percent = fraction * 90.0 + 10.0;
+  if (progress.minorIterationCount > 0 && progress.majorIterationCount > 0) {
+    using Limits = std::numeric_limits<std::int32_t>;
+    return static_cast<std::int32_t>(std::clamp(percent, double(Limits::min()), double(Limits::max())));
+  }
   if (!(percent > 10.0)) return 10;
   return percent < 100.0 ? static_cast<std::int32_t>(percent) : 100;
 }
 
-// Sends one report. The text lives as long as the call, whichever way it ends.
+// Sends one report. The text lives as long as the call, whichever way it ends, and so does the host's object: a host
+// may take the monitor off from inside its own report.
 HRESULT report(const ProgressMonitor& progress, VARIANT_BOOL& answer) {
+  const Dvo::DvoComPtr<ISBProgressMonitor> host = progress.monitor;
   const std::int32_t percent = percentage(progress);
-  if (progress.statusText.empty()) return progress.monitor->ReportProgress(percent, 100, VARIANT{}, &answer);
+  if (progress.statusText.empty()) return host->ReportProgress(percent, 100, VARIANT{}, &answer);
   const Dvo::DvoBSTR holder(progress.statusText);
   Dvo::DvoVariant text;
   text.Set(holder);
-  return progress.monitor->ReportProgress(percent, 100, text.Value(), &answer);
+  return host->ReportProgress(percent, 100, text.Value(), &answer);
 }
 
 }  // namespace

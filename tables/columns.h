@@ -33,14 +33,16 @@ inline std::size_t cellCount(std::size_t nRows, std::size_t nColumns) {
   return nRows > 0 && nColumns > most / nRows ? most : nRows * nColumns;
 }
 
-// The first nRows cells of each column, one column after the other. Every column must have them.
+// The first nRows cells of each column, one column after the other. Every column must have them. The result is made
+// beside the list that it replaces, so that a refused allocation changes nothing.
 template <class Cell>
 void flatten(const Columns<Cell>& columns, std::size_t nRows, std::vector<Cell>* out, const char* operation) {
   require(out != nullptr, operation);
   for (const auto& column : columns) require(column.size() >= nRows, operation);
-  out->clear();
-  out->reserve(cellCount(nRows, columns.size()));
-  for (const auto& column : columns) out->insert(out->end(), column.begin(), column.begin() + std::ptrdiff_t(nRows));
+  std::vector<Cell> cells;
+  cells.reserve(cellCount(nRows, columns.size()));
+  for (const auto& column : columns) cells.insert(cells.end(), column.begin(), column.begin() + std::ptrdiff_t(nRows));
+  out->swap(cells);
 }
 
 // The same for the listed columns, in the order of the list.
@@ -49,12 +51,13 @@ void flatten(const Columns<Cell>& columns, const std::vector<std::int32_t>& list
              std::vector<Cell>* out, const char* operation) {
   require(out != nullptr, operation);
   for (const std::int32_t c : list) require(columnAt(columns, c, operation).size() >= nRows, operation);
-  out->clear();
-  out->reserve(cellCount(nRows, list.size()));
+  std::vector<Cell> cells;
+  cells.reserve(cellCount(nRows, list.size()));
   for (const std::int32_t c : list) {
     const auto& column = columns[std::size_t(c)];
-    out->insert(out->end(), column.begin(), column.begin() + std::ptrdiff_t(nRows));
+    cells.insert(cells.end(), column.begin(), column.begin() + std::ptrdiff_t(nRows));
   }
+  out->swap(cells);
 }
 
 }  // namespace studystats::core

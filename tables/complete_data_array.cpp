@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "frame/argument_check.h"
+#include "frame/growth.h"
 #include "tables/columns.h"
 #include "tables/row_names.h"
 
@@ -34,7 +35,9 @@ CompleteDataArray::CompleteDataArray(std::int32_t nRows, std::int32_t nColumns)
 
 CompleteDataArray::CompleteDataArray(const CompleteDataArray&) = default;
 CompleteDataArray::CompleteDataArray(CompleteDataArray&&) noexcept = default;
-CompleteDataArray& CompleteDataArray::operator=(const CompleteDataArray&) = default;
+CompleteDataArray& CompleteDataArray::operator=(const CompleteDataArray& other) {
+  return *this = CompleteDataArray(other);
+}
 CompleteDataArray& CompleteDataArray::operator=(CompleteDataArray&&) noexcept = default;
 CompleteDataArray::~CompleteDataArray() = default;
 
@@ -68,9 +71,10 @@ void CompleteDataArray::GetRowData(std::int32_t row, std::vector<double>* out) c
   require(out != nullptr, "GetRowData");
   require(!columns_.empty() || isIndex(row, std::size_t(rowCount_)), "GetRowData");
   for (const auto& column : columns_) require(isIndex(row, column.size()), "GetRowData");
-  out->clear();
-  out->reserve(columns_.size());
-  for (const auto& column : columns_) out->push_back(column[std::size_t(row)]);
+  std::vector<double> cells;
+  cells.reserve(columns_.size());
+  for (const auto& column : columns_) cells.push_back(column[std::size_t(row)]);
+  out->swap(cells);
 }
 
 void CompleteDataArray::GetDataColumnMajor(std::vector<double>* out) const {
@@ -83,41 +87,46 @@ void CompleteDataArray::GetDataColumnMajor(const std::vector<std::int32_t>& colu
 
 void CompleteDataArray::GetDataColumnMajor(std::vector<std::vector<double>>* out) const {
   require(out != nullptr, "GetDataColumnMajor");
-  *out = columns_;
+  std::vector<std::vector<double>> copy = columns_;
+  out->swap(copy);
 }
 
 void CompleteDataArray::GetDataColumnMajor(const std::vector<std::int32_t>& columns,
                                            std::vector<std::vector<double>>* out) const {
   require(out != nullptr, "GetDataColumnMajor");
   for (const std::int32_t c : columns) columnAt(columns_, c, "GetDataColumnMajor");
-  out->clear();
-  out->reserve(columns.size());
-  for (const std::int32_t c : columns) out->push_back(columns_[std::size_t(c)]);
+  std::vector<std::vector<double>> copies;
+  copies.reserve(columns.size());
+  for (const std::int32_t c : columns) copies.push_back(columns_[std::size_t(c)]);
+  out->swap(copies);
 }
 
 void CompleteDataArray::GetDataRowMajor(std::vector<double>* out) const {
   require(out != nullptr, "GetDataRowMajor");
   const auto nRows = std::size_t(rowCount_);
   for (const auto& column : columns_) require(column.size() >= nRows, "GetDataRowMajor");
-  out->clear();
-  out->reserve(cellCount(nRows, columns_.size()));
+  std::vector<double> cells;
+  cells.reserve(cellCount(nRows, columns_.size()));
   for (std::size_t r = 0; r < nRows; ++r)
-    for (const auto& column : columns_) out->push_back(column[r]);
+    for (const auto& column : columns_) cells.push_back(column[r]);
+  out->swap(cells);
 }
 
 void CompleteDataArray::InsertColumns(std::int32_t count, std::int32_t position) {
   const auto at = std::size_t(position), n = std::size_t(count);
-  require(count >= 0 && position >= 0 && at <= columns_.size() && at <= columnsUsed_.size(), "InsertColumns");
+  require(count >= 0 && position >= 0 && at <= columns_.size(), "InsertColumns");
   require(n <= kMostColumns - columns_.size(), "InsertColumns");
+  const auto lists = {&columnsUsed_, &columnHeadings_, &columnFormulas_};
+  for (const auto* names : lists) require(at <= names->size(), "InsertColumns");
 
   // All memory is obtained first; after that the table can only become the wanted one.
   auto zeros = makeColumns<double>(rowCount_, count, "InsertColumns");
-  columns_.reserve(columns_.size() + n);
-  for (auto* names : {&columnsUsed_, &columnHeadings_, &columnFormulas_}) names->reserve(names->size() + n);
+  reserveMore(columns_, n);
+  for (auto* names : lists) reserveMore(*names, n);
 
   columns_.insert(columns_.begin() + position, std::make_move_iterator(zeros.begin()),
                   std::make_move_iterator(zeros.end()));
-  for (auto* names : {&columnsUsed_, &columnHeadings_, &columnFormulas_}) insertEmpty(*names, n, at);
+  for (auto* names : lists) insertEmpty(*names, n, at);
 }
 
 std::int32_t CompleteDataArray::NumRealColumns() const {

@@ -24,7 +24,9 @@ CompleteStringArray::CompleteStringArray(std::int32_t nRows, std::int32_t nColum
 
 CompleteStringArray::CompleteStringArray(const CompleteStringArray&) = default;
 CompleteStringArray::CompleteStringArray(CompleteStringArray&&) noexcept = default;
-CompleteStringArray& CompleteStringArray::operator=(const CompleteStringArray&) = default;
+CompleteStringArray& CompleteStringArray::operator=(const CompleteStringArray& other) {
+  return *this = CompleteStringArray(other);
+}
 CompleteStringArray& CompleteStringArray::operator=(CompleteStringArray&&) noexcept = default;
 CompleteStringArray::~CompleteStringArray() = default;
 

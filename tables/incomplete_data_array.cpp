@@ -22,7 +22,9 @@ IncompleteDataArray::IncompleteDataArray(std::int32_t nColumns)
 
 IncompleteDataArray::IncompleteDataArray(const IncompleteDataArray&) = default;
 IncompleteDataArray::IncompleteDataArray(IncompleteDataArray&&) noexcept = default;
-IncompleteDataArray& IncompleteDataArray::operator=(const IncompleteDataArray&) = default;
+IncompleteDataArray& IncompleteDataArray::operator=(const IncompleteDataArray& other) {
+  return *this = IncompleteDataArray(other);
+}
 IncompleteDataArray& IncompleteDataArray::operator=(IncompleteDataArray&&) noexcept = default;
 IncompleteDataArray::~IncompleteDataArray() = default;
 
@@ -39,6 +41,7 @@ void IncompleteDataArray::SetColumnData(std::int32_t column, std::vector<double>
 }
 
 void IncompleteDataArray::GetDataColumnMajor(std::vector<double>* out) const {
+  require(out != nullptr, "GetDataColumnMajor");
   std::vector<std::int32_t> all(columns_.size());
   std::iota(all.begin(), all.end(), 0);
   GetDataColumnMajor(all, out);
@@ -48,10 +51,11 @@ void IncompleteDataArray::GetDataColumnMajor(const std::vector<std::int32_t>& co
   require(out != nullptr, "GetDataColumnMajor");
   std::size_t nValues = 0;
   for (const std::int32_t c : columns) nValues += columnAt(columns_, c, "GetDataColumnMajor").size();
-  out->clear();
-  out->reserve(nValues);
+  std::vector<double> values;
+  values.reserve(nValues);
   for (const std::int32_t c : columns) {
     const std::vector<double>& column = columns_[std::size_t(c)];
-    out->insert(out->end(), column.begin(), column.end());
+    values.insert(values.end(), column.begin(), column.end());
   }
+  out->swap(values);
 }

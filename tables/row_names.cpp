@@ -6,12 +6,17 @@ namespace studystats::core {
 
 void copyNames(const std::vector<std::string>& names, std::vector<std::string>* out, const char* operation) {
   require(out != nullptr, operation);
-  *out = names;
+  std::vector<std::string> copy = names;
+  out->swap(copy);
+}
+
+void copyNames(const std::vector<std::string>* names, std::vector<std::string>& list, const char* operation) {
+  require(names != nullptr, operation);
+  copyNames(*names, &list, operation);
 }
 
 void setRowsUsed(const std::vector<std::string>* rows, std::vector<std::string>& rowsUsed) {
-  require(rows != nullptr, "SetRowsUsed");
-  rowsUsed = *rows;
+  copyNames(rows, rowsUsed, "SetRowsUsed");
 }
 
 void getRowsUsed(const std::vector<std::string>& rowsUsed, std::vector<std::string>* out) {

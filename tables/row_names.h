@@ -15,7 +15,9 @@ void setRowsUsed(const std::vector<std::string>* rows, std::vector<std::string>&
 void getRowsUsed(const std::vector<std::string>& rowsUsed, std::vector<std::string>* out);
 void getRowsUsed(const std::vector<std::string>& rowsUsed, NameSet* out);
 
-// A copy of a list of names into *out; null raises E_INVALIDARG.
+// A copy of a list of names into *out, or of *names into a list; null raises E_INVALIDARG. A refused allocation leaves
+// the list that was to be replaced.
 void copyNames(const std::vector<std::string>& names, std::vector<std::string>* out, const char* operation);
+void copyNames(const std::vector<std::string>* names, std::vector<std::string>& list, const char* operation);
 
 }  // namespace studystats::core

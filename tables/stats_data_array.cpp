@@ -11,9 +11,16 @@ StatsDataArray::StatsDataArray(std::size_t nColumns)
     : columnsUsed_(nColumns), columnHeadings_(nColumns), columnFormulas_(nColumns) {}
 StatsDataArray::StatsDataArray(const StatsDataArray&) = default;
 StatsDataArray::StatsDataArray(StatsDataArray&&) noexcept = default;
-StatsDataArray& StatsDataArray::operator=(const StatsDataArray&) = default;
 StatsDataArray& StatsDataArray::operator=(StatsDataArray&&) noexcept = default;
 StatsDataArray::~StatsDataArray() = default;
+
+StatsDataArray& StatsDataArray::operator=(const StatsDataArray& other) {
+  auto used = other.columnsUsed_, headings = other.columnHeadings_, formulas = other.columnFormulas_;
+  columnsUsed_.swap(used);  // what can fail is done
+  columnHeadings_.swap(headings);
+  columnFormulas_.swap(formulas);
+  return *this;
+}
 
 void StatsDataArray::SetColumnHeading(std::int32_t column, std::string& heading) {
   columnAt(columnHeadings_, column, "SetColumnHeading") = heading;
@@ -32,8 +39,7 @@ std::string StatsDataArray::GetColumnFormula(std::int32_t column) {
 }
 
 void StatsDataArray::SetColumnsUsed(std::vector<std::string>* names) {
-  require(names != nullptr, "SetColumnsUsed");
-  columnsUsed_ = *names;
+  copyNames(names, columnsUsed_, "SetColumnsUsed");
 }
 
 void StatsDataArray::GetColumnsUsed(std::vector<std::string>* out) const {

@@ -1,5 +1,9 @@
 #include <studystats/tables.h>
 
+#include <algorithm>
+#include <iterator>
+
+#include "frame/growth.h"
 #include "tables/columns.h"
 #include "tables/row_names.h"
 
@@ -9,7 +13,11 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-void append(Names& list, const Names& names) { list.insert(list.end(), names.begin(), names.end()); }
+// The copies are made first: a vector may already have moved its own entries when it fails to copy others.
+void append(Names& list, Names names) {
+  reserveMore(list, names.size());
+  std::move(names.begin(), names.end(), std::back_inserter(list));
+}
 void append(Names& list, std::string name) { list.push_back(std::move(name)); }
 std::int32_t countOf(const Names& list) { return std::int32_t(list.size()); }
 
@@ -17,7 +25,11 @@ std::int32_t countOf(const Names& list) { return std::int32_t(list.size()); }
 
 StatsDataFactoryResults::StatsDataFactoryResults() = default;
 StatsDataFactoryResults::StatsDataFactoryResults(const StatsDataFactoryResults&) = default;
-StatsDataFactoryResults& StatsDataFactoryResults::operator=(const StatsDataFactoryResults&) = default;
+StatsDataFactoryResults::StatsDataFactoryResults(StatsDataFactoryResults&&) noexcept = default;
+StatsDataFactoryResults& StatsDataFactoryResults::operator=(const StatsDataFactoryResults& other) {
+  return *this = StatsDataFactoryResults(other);
+}
+StatsDataFactoryResults& StatsDataFactoryResults::operator=(StatsDataFactoryResults&&) noexcept = default;
 StatsDataFactoryResults::~StatsDataFactoryResults() = default;
 StatsDataFactoryResults* StatsDataFactoryResults::Copy() const { return new StatsDataFactoryResults(*this); }
 

@@ -21,7 +21,9 @@ StatsDataInput::StatsDataInput(const std::string& gridGUID, std::int32_t sheet, 
     : gridGUID_(gridGUID), sheet_(sheet), columns_(columns), rows_(rows) {}
 
 StatsDataInput::StatsDataInput(const StatsDataInput&) = default;
-StatsDataInput& StatsDataInput::operator=(const StatsDataInput&) = default;
+StatsDataInput::StatsDataInput(StatsDataInput&&) noexcept = default;
+StatsDataInput& StatsDataInput::operator=(const StatsDataInput& other) { return *this = StatsDataInput(other); }
+StatsDataInput& StatsDataInput::operator=(StatsDataInput&&) noexcept = default;
 StatsDataInput::~StatsDataInput() = default;
 StatsDataInput* StatsDataInput::Copy() const { return new StatsDataInput(*this); }
 

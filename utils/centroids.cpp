@@ -9,11 +9,12 @@ using namespace studystats::core;
 namespace StatsClusterUtils {
 namespace {
 
-// The first nPoints points have nDims coordinates and a cluster of 0 ... nClusters - 1 each.
+// The first nPoints points have nDims coordinates and a cluster of 0 ... nClusters - 1 each. Without points the matrix
+// may have any shape.
 void requireAssigned(const DataMatrix& points, const std::vector<std::int32_t>& assignment, std::int32_t nPoints,
                      std::int32_t nDims, std::int32_t nClusters, const char* operation) {
   require(nPoints >= 0 && nDims >= 0 && nClusters >= 0, operation);
-  requireBlock(points, std::size_t(nDims), std::size_t(nPoints), operation);
+  if (nPoints > 0) requireBlock(points, std::size_t(nDims), std::size_t(nPoints), operation);
   require(assignment.size() >= std::size_t(nPoints), operation);
   for (std::size_t i = 0; i < std::size_t(nPoints); ++i)
     require(isIndex(assignment[i], std::size_t(nClusters)), operation);
@@ -24,7 +25,7 @@ void requireAssigned(const DataMatrix& points, const std::vector<std::int32_t>& 
 std::int32_t NearestCluster(const DataMatrix& positions, std::int32_t nClusters, const std::vector<double>& point,
                             StatsDistanceUtils::STATS_DIST_TYPE type) {
   if (nClusters < 1) return -1;
-  require(!positions.empty() && point.size() >= positions.size(), "NearestCluster");
+  require(point.size() >= positions.size(), "NearestCluster");
   requireBlock(positions, positions.size(), std::size_t(nClusters), "NearestCluster");
 
   std::int32_t nearest = 0;
@@ -62,12 +63,12 @@ void CalculateClusterCenters(const DataMatrix& points, const DataMatrix& positio
                              StatsDistanceUtils::STATS_DIST_TYPE type) {
   constexpr const char* kOperation = "CalculateClusterCenters";
   requireAssigned(points, assignment, nPoints, nDims, nClusters, kOperation);
-  require(positions.size() <= std::size_t(nDims) && (nPoints == 0 || !positions.empty()), kOperation);
+  require(positions.size() <= std::size_t(nDims), kOperation);
   requireBlock(positions, positions.size(), std::size_t(nClusters), kOperation);
   require(centres.size() >= std::size_t(nClusters), kOperation);
 
-  const auto dims = std::size_t(nDims), clusters = std::size_t(nClusters);
-  std::vector<double> best(clusters, -1.0), point(dims);
+  const std::size_t dims = positions.size();  // a distance runs over the columns of the positions
+  std::vector<double> best(std::size_t(nClusters), -1.0), point(dims);
   for (std::int32_t i = 0; i < nPoints; ++i) {
     for (std::size_t c = 0; c < dims; ++c) point[c] = points[c][std::size_t(i)];
     const std::int32_t cluster = assignment[std::size_t(i)];

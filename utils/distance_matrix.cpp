@@ -51,8 +51,8 @@ void GenerateDistanceMatrix(const DataMatrix& data, DataMatrix& dist, STATS_DIST
   if (&data == &dist) return GenerateDistanceMatrix(DataMatrix(data), dist, type);
 
   const std::int32_t n = StatsMatrixUtils::RowCount(data);
-  StatsMatrixUtils::ResizeDataMatrix(&dist, n, n, 0.0);
   DistanceBlocks blocks(data, n, type);
+  StatsMatrixUtils::ResizeDataMatrix(&dist, n, n, 0.0);
   for (std::int64_t left = 0; left < n; left += DistanceBlocks::kLeft)
     for (std::int64_t right = left; right < n; right += DistanceBlocks::kRight) {
       blocks.compute(std::int32_t(left), std::int32_t(right));

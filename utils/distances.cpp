@@ -8,9 +8,9 @@ using namespace studystats::core;
 namespace StatsDistanceUtils {
 namespace {
 
-// Row i is there, and so are nColumns columns.
+// Row i is there, and so are nColumns columns. A matrix without columns has every row: nothing of it is read.
 void requireRow(const DataMatrix& m, std::int32_t i, std::size_t nColumns, const char* operation) {
-  require(!m.empty() && isIndex(i, m.front().size()), operation);
+  require(i >= 0 && (m.empty() || isIndex(i, m.front().size())), operation);
   requireBlock(m, nColumns, std::size_t(i) + 1, operation);
 }
 

@@ -1,4 +1,8 @@
 // Shapes of matrices that are lists of columns.
+#include <algorithm>
+#include <iterator>
+
+#include "frame/growth.h"
 #include "utils/matrices.h"
 
 using namespace studystats::core;
@@ -15,8 +19,17 @@ template <class Cell>
 void resize(std::vector<std::vector<Cell>>* m, std::int32_t columns, std::int32_t rows, Cell fill,
             const char* operation) {
   require(m != nullptr && columns >= 0 && rows >= 0, operation);
-  m->resize(std::size_t(columns));
-  for (auto& column : *m) column.resize(std::size_t(rows), fill);
+  const auto nColumns = std::size_t(columns), nRows = std::size_t(rows), kept = std::min(nColumns, m->size());
+
+  // All memory is obtained first; after that nothing can fail.
+  std::vector<std::vector<Cell>> added(nColumns - kept, std::vector<Cell>(nRows, fill));
+  reserveMore(*m, added.size());
+  for (std::size_t c = 0; c < kept; ++c)
+    if ((*m)[c].size() < nRows) reserveMore((*m)[c], nRows - (*m)[c].size());
+
+  m->resize(kept);
+  for (auto& column : *m) column.resize(nRows, fill);
+  std::move(added.begin(), added.end(), std::back_inserter(*m));
 }
 
 }  // namespace

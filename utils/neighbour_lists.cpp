@@ -106,10 +106,10 @@ class Nearest {
 
 void CreateNeighborLists(const DataMatrix& points, std::int32_t nPoints, StatsDistanceUtils::STATS_DIST_TYPE type,
                          std::int32_t nNeighbors, bool fixedSize, IndexMatrix& lists) {
-  require(nPoints >= 0 && nNeighbors >= 0 && (nPoints == 0 || !points.empty()), "CreateNeighborLists");
+  require(nPoints >= 0 && nNeighbors >= 0, "CreateNeighborLists");
   requireBlock(points, points.size(), std::size_t(nPoints), "CreateNeighborLists");
 
-  lists.resize(std::size_t(nPoints));
+  IndexMatrix found(static_cast<std::size_t>(nPoints));
   const std::int32_t k = std::min(nNeighbors, std::max(nPoints - 1, 0));
   std::vector<Nearest> nearest(DistanceBlocks::kLeft, Nearest(std::size_t(k), fixedSize));
   std::vector<std::int32_t> list;
@@ -124,9 +124,10 @@ void CreateNeighborLists(const DataMatrix& points, std::int32_t nPoints, StatsDi
     for (int i = 0; i < blocks.nLeft(); ++i) {
       const std::int64_t point = left + i;
       nearest[std::size_t(i)].write(std::int32_t(point), list);
-      lists[std::size_t(point)].assign(list.begin(), list.end());
+      found[std::size_t(point)].assign(list.begin(), list.end());
     }
   }
+  lists.swap(found);
 }
 
 }  // namespace StatsClusterUtils

@@ -39,11 +39,13 @@ struct STUDYSTATS_API ProgressMonitor {
   // Moves to an inner position and reports.
   void UpdateMinorProgress(std::int32_t minor, bool& goOn);
 
-  // Reports the present position. The percentage is ((minor / minorCount + major) / majorCount) * 90 + 10, truncated
-  // and held within 10 ... 100 whatever the counts; a position that is not a number (0 of 0) shows 10. goOn: out; false
+  // Reports the present position. The percentage is ((minor / minorCount + major) / majorCount) * 90 + 10, truncated:
+  // 10 at the start, 100 at the end, and outside for a position outside its count (as far as 32 bits go). Where a count
+  // is 0 or below it is held within 10 ... 100, and a position that is not a number (0 of 0) shows 10. goOn: out; false
   // when the host answered anything but VARIANT_TRUE. Without a host it is true. A negative HRESULT of the host is
   // thrown as Dvo::DvoResult with goOn left true; a positive one is only recorded as the last error. std::bad_alloc
-  // when the text cannot be converted.
+  // when the text cannot be converted. The host may change or take off `monitor` during the report: a reference is held
+  // on the interface that is being told.
   void UpdateProgress(bool& goOn) const;
 };
 

@@ -13,6 +13,7 @@
 #include <memory>
 #include <sstream>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -98,9 +99,10 @@ class ISBProgressMonitor : public IUnknown {
   virtual HRESULT HostMethod6() = 0;
   virtual HRESULT HostMethod7() = 0;
 
-  // percent: 10 ... 100. maximum: 100. text: VT_BSTR, or VT_EMPTY when there is none; the host may read it during the
-  // call and neither keeps nor frees it. answer: holds 0 at the call; exactly VARIANT_TRUE means go on, anything else
-  // stops the analysis. A negative result reaches the analysis's caller as a Dvo::DvoResult.
+  // percent: 10 ... 100 for positions within their counts. maximum: 100. text: VT_BSTR, or VT_EMPTY when there is none;
+  // the host may read it during the call and neither keeps nor frees it. answer: holds 0 at the call; exactly
+  // VARIANT_TRUE means go on, anything else stops the analysis. A negative result reaches the analysis's caller as a
+  // Dvo::DvoResult.
   virtual HRESULT ReportProgress(std::int32_t percent, std::int32_t maximum, VARIANT text, VARIANT_BOOL* answer) = 0;
 
  protected:
@@ -173,13 +175,21 @@ STUDYSTATS_API void CheckNullDereference(const void* pointer);
 // searched for placeholders. Arguments for which the format has no placeholder are dropped.
 class STUDYSTATS_API DvoFormat {
  public:
-  explicit DvoFormat(std::string format);
+  DvoFormat(std::string format);
   DvoFormat(const DvoFormat&) = delete;
   DvoFormat& operator=(const DvoFormat&) = delete;
   ~DvoFormat();
 
   std::ostream& Stream() noexcept { return stream_; }
   operator std::string() const;
+
+  // An integer of any type, those of one byte and characters included: a number.
+  template <class Integer>
+  requires std::is_integral_v<decltype(+std::declval<Integer>())> DvoFormat& operator<<(Integer number) & {
+    stream_ << +number;
+    AfterInsertion();
+    return *this;
+  }
 
  private:
   void AfterInsertion();  // what stands in the stream becomes the next argument
@@ -190,14 +200,10 @@ class STUDYSTATS_API DvoFormat {
 
   friend STUDYSTATS_API DvoFormat& operator<<(DvoFormat& format, const std::string& text);
   friend STUDYSTATS_API DvoFormat& operator<<(DvoFormat& format, double number);
-  friend STUDYSTATS_API DvoFormat& operator<<(DvoFormat& format, std::int32_t number);
-  friend STUDYSTATS_API DvoFormat& operator<<(DvoFormat& format, std::int64_t number);
 };
 
 STUDYSTATS_API DvoFormat& operator<<(DvoFormat& format, const std::string& text);
 STUDYSTATS_API DvoFormat& operator<<(DvoFormat& format, double number);
-STUDYSTATS_API DvoFormat& operator<<(DvoFormat& format, std::int32_t number);
-STUDYSTATS_API DvoFormat& operator<<(DvoFormat& format, std::int64_t number);
 
 // So that a sentence can be composed in one expression: std::string s = DvoFormat("%1 of %2") << 3 << 7;
 template <class Argument>
@@ -212,7 +218,7 @@ class STUDYSTATS_API DvoBSTR {
   // The shared part. It begins with one reference and deletes itself when the last is released.
   class STUDYSTATS_API BSTRData {
    public:
-    explicit BSTRData(const std::string& text);
+    BSTRData(const std::string& text);
     BSTRData(const BSTRData&) = delete;
     BSTRData& operator=(const BSTRData&) = delete;
     void AddRef() const noexcept;
@@ -225,7 +231,7 @@ class STUDYSTATS_API DvoBSTR {
     mutable std::int32_t references_ = 1;
   };
 
-  explicit DvoBSTR(const std::string& text);
+  DvoBSTR(const std::string& text);
   DvoBSTR(const DvoBSTR& other) noexcept;
   DvoBSTR& operator=(const DvoBSTR& other) noexcept;
   ~DvoBSTR();

@@ -122,7 +122,8 @@ class STUDYSTATS_API pool_array_allocator {
 };
 
 // What the ordered set and map share: a tree that refuses to grow past its allocator's limit.
-// std::length_error "map/set<T> too long" when a further entry would pass max_size(); the container is unchanged then.
+// std::length_error "map/set<T> too long" when a further entry would pass max_size(). An assignment, or the
+// insertion of one entry, that fails leaves the container as it was.
 template <class Tree>
 class STUDYSTATS_API ordered {
  public:
@@ -132,6 +133,10 @@ class STUDYSTATS_API ordered {
   using const_iterator = typename Tree::const_iterator;
 
   ordered() = default;
+  ordered(const ordered& other) = default;
+  ordered(ordered&& other) = default;
+  ordered& operator=(const ordered& other) { return *this = ordered(other); }
+  ordered& operator=(ordered&& other) = default;
   ordered(std::initializer_list<value_type> values) { insert(values.begin(), values.end()); }
   template <class Iterator>
   ordered(Iterator first, Iterator last) {
@@ -217,8 +222,10 @@ class STUDYSTATS_API deque {
     for (const T& value : other) push_back(value);
   }
   deque(deque&& other) noexcept : deque() { swap(other); }
-  deque& operator=(deque other) noexcept {
-    swap(other);
+  deque& operator=(const deque& other) { return *this = deque(other); }
+  deque& operator=(deque&& other) noexcept {
+    deque taken(std::move(other));
+    swap(taken);
     return *this;
   }
   ~deque() { clear(); }
@@ -344,6 +351,11 @@ class STUDYSTATS_API deque {
 
     Cursor() noexcept = default;
     Cursor(Sequence* sequence, std::size_t i) noexcept : sequence_(sequence), i_(std::ptrdiff_t(i)) {}
+    operator Cursor<const Sequence, const T&>() const noexcept
+        requires(!std::is_const_v<Sequence>)  // an iterator is a const_iterator, too
+    {
+      return {sequence_, std::size_t(i_)};
+    }
 
     Reference operator*() const { return (*sequence_)[std::size_t(i_)]; }
     pointer operator->() const { return &**this; }

@@ -3,7 +3,8 @@
 // Rows and columns are counted from 0. Tables and records own their contents and copy in and out by value. A caller's
 // error (an index out of range, a null list, a negative size) raises Dvo::DvoResult with E_INVALIDARG and "Invalid
 // argument to <operation>" before anything is allocated or changed, outputs included. Exhausted memory raises
-// std::bad_alloc. None of these objects may be used by two threads at once.
+// std::bad_alloc and, too, leaves the object and the outputs as they were. None of these objects may be used by two
+// threads at once.
 #pragma once
 
 #include <studystats/host_framework.h>
@@ -34,14 +35,17 @@ class STUDYSTATS_API StatsDataArray {
   void SetColumnsUsed(std::vector<std::string>* names);
   void GetColumnsUsed(std::vector<std::string>* out) const;
 
+  StatsDataArray(const StatsDataArray& other);
+  StatsDataArray(StatsDataArray&& other) noexcept;
+  // Through this class: names, headings and formulas of a table of any kind, and none of its cells. The lists may then
+  // be longer or shorter than this table has columns.
+  StatsDataArray& operator=(const StatsDataArray& other);
+  StatsDataArray& operator=(StatsDataArray&& other) noexcept;
+
  protected:
   StatsDataArray();
   // Empty names, headings and formulas for that many columns.
   explicit StatsDataArray(std::size_t nColumns);
-  StatsDataArray(const StatsDataArray& other);
-  StatsDataArray(StatsDataArray&& other) noexcept;
-  StatsDataArray& operator=(const StatsDataArray& other);
-  StatsDataArray& operator=(StatsDataArray&& other) noexcept;
 
   std::vector<std::string> columnsUsed_;
   std::vector<std::string> columnHeadings_;
@@ -83,7 +87,8 @@ class STUDYSTATS_API CompleteDataArray : public StatsDataArray {
   void GetDataRowMajor(std::vector<double>* out) const;
 
   // Puts `count` columns of zeros, without name, heading and formula, before column `position` (0 ... ColumnCount(),
-  // the latter appends). Refused, too, when a list set by SetColumnsUsed does not reach to the position.
+  // the latter appends, in constant time on average). Refused, too, when the names, headings or formulas in use do not
+  // reach to the position.
   void InsertColumns(std::int32_t count, std::int32_t position);
   // How many of the names in use differ from exactly "Derived".
   std::int32_t NumRealColumns() const;
@@ -104,7 +109,7 @@ class STUDYSTATS_API CompleteDataArray : public StatsDataArray {
 class STUDYSTATS_API IncompleteDataArray : public StatsDataArray {
  public:
   // Empty columns; all names, headings and formulas empty. A negative number is refused.
-  explicit IncompleteDataArray(std::int32_t nColumns);
+  IncompleteDataArray(std::int32_t nColumns);
   IncompleteDataArray(const IncompleteDataArray& other);
   IncompleteDataArray(IncompleteDataArray&& other) noexcept;
   IncompleteDataArray& operator=(const IncompleteDataArray& other);
@@ -181,7 +186,9 @@ class STUDYSTATS_API StatsDataInput {
   StatsDataInput(const std::string& gridGUID, std::int32_t sheet, const std::vector<std::string>& columns,
                  const std::vector<std::string>& rows);
   StatsDataInput(const StatsDataInput& other);
+  StatsDataInput(StatsDataInput&& other) noexcept;
   StatsDataInput& operator=(const StatsDataInput& other);
+  StatsDataInput& operator=(StatsDataInput&& other) noexcept;
   ~StatsDataInput();
   StatsDataInput* Copy() const;  // the caller deletes it
 
@@ -224,7 +231,9 @@ class STUDYSTATS_API StatsDataFactoryResults {
  public:
   StatsDataFactoryResults();  // sheet 1, everything else empty or 0
   StatsDataFactoryResults(const StatsDataFactoryResults& other);
+  StatsDataFactoryResults(StatsDataFactoryResults&& other) noexcept;
   StatsDataFactoryResults& operator=(const StatsDataFactoryResults& other);
+  StatsDataFactoryResults& operator=(StatsDataFactoryResults&& other) noexcept;
   ~StatsDataFactoryResults();
   StatsDataFactoryResults* Copy() const;  // the caller deletes it
 

@@ -4,7 +4,7 @@
 // Sums run in index order into one accumulator, so that the same input gives the same bits everywhere. A caller's error
 // (a count outside the list, lists of unequal length, a row or column outside the data) raises Dvo::DvoResult with
 // E_INVALIDARG and "Invalid argument to <operation>" before any output is written. Exhausted memory raises
-// std::bad_alloc.
+// std::bad_alloc, and outputs stay as they were.
 #pragma once
 
 #include <studystats/host_framework.h>
@@ -52,7 +52,8 @@ STUDYSTATS_API double CorrelationBetweenClasses(std::vector<std::int32_t> first,
 
 // Numbers labels: a class number (from 1) for each label is appended to `categories`. Labels that stand in
 // categoryNames get the number of their first position there; others are numbered on in the order of their first
-// appearance, and appended to categoryNames. Labels are compared byte by byte.
+// appearance, and appended to categoryNames. Labels are compared byte by byte. Labels may be handed over one by one:
+// what stands in `categories` is not copied at each call.
 STUDYSTATS_API void ConvertToUniqueCategories(std::vector<std::string>& labels, std::vector<std::int32_t>& categories,
                                               std::vector<std::string>& categoryNames);
 
@@ -114,14 +115,16 @@ namespace StatsDistanceUtils {
 enum STATS_DIST_TYPE : std::int32_t { STATS_DIST_EUCLIDEAN = 0, STATS_DIST_TANIMOTO = 1 };
 
 // Between rows i and j of a matrix over all its columns; between row i and v, which may be longer than the matrix has
-// columns; between a and b over the length of a, b may be longer. The sums run over the columns in order.
+// columns; between a and b over the length of a, b may be longer. The sums run over the columns in order; over none
+// they are 0.
 STUDYSTATS_API double CalculateDistance(const DataMatrix& m, std::int32_t i, std::int32_t j, STATS_DIST_TYPE type);
 STUDYSTATS_API double CalculateDistance(const DataMatrix& m, std::int32_t i, const std::vector<double>& v,
                                         STATS_DIST_TYPE type);
 STUDYSTATS_API double CalculateDistance(const std::vector<double>& a, const std::vector<double>& b,
                                         STATS_DIST_TYPE type);
 
-// The sum of squared differences of row i and v over the length of v, which the matrix may exceed in columns.
+// The sum of squared differences of row i and v over the length of v, which the matrix may exceed in columns; 0 when v
+// is empty.
 STUDYSTATS_API double EuclideanDistanceSquared(const DataMatrix& m, std::int32_t i, const std::vector<double>& v);
 
 // The distances of the n rows of `data`, which must have a column, from each other.
@@ -137,7 +140,8 @@ STUDYSTATS_API void GenerateDistanceMatrix(const DataMatrix& data, const IndexMa
 }  // namespace StatsDistanceUtils
 
 // Clustering of points, the rows of a matrix. Points and clusters are counted from 0, but for the numbers of an
-// agglomeration history. A distance that is not a number counts as larger than every number.
+// agglomeration history. A distance that is not a number counts as larger than every number. Without columns all
+// distances are 0; without points the matrix of points is not read and may have any shape.
 //
 // An agglomeration history of n points says how single points were joined to groups, step by step:
 //   leafOrder      the points 1 ... n, each once, in an order in which every group is a contiguous run
@@ -257,8 +261,7 @@ class STUDYSTATS_API UniqueNameGenerator {
  public:
   UniqueNameGenerator();
   // None of these names will be handed out.
-  explicit UniqueNameGenerator(
-      const kel::set<std::string, std::less<std::string>, kel::pool_allocator<std::string, 1>>& names);
+  UniqueNameGenerator(const kel::set<std::string, std::less<std::string>, kel::pool_allocator<std::string, 1>>& names);
   UniqueNameGenerator(const UniqueNameGenerator& other);
   UniqueNameGenerator& operator=(const UniqueNameGenerator& other);
   ~UniqueNameGenerator();

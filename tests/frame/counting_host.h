@@ -4,6 +4,7 @@
 #include <studystats/frame.h>
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,7 +22,8 @@ class CountingHost final : public ISBProgressMonitor {
   HRESULT result = S_OK;
   std::uint32_t references = 1;  // the test's own
   std::vector<Report> reports;
-  std::string name, *log = nullptr;  // where AddRef and Release are noted down
+  std::function<void()> during = [] {};  // what the host does while it is told
+  std::string name, *log = nullptr;      // where AddRef and Release are noted down
 
   HRESULT QueryInterface(const GUID&, void**) override { return S_FALSE; }
   std::uint32_t AddRef() override {
@@ -40,6 +42,7 @@ class CountingHost final : public ISBProgressMonitor {
     reports.push_back({percent, maximum, text.vt, {}});
     if (text.vt == VT_BSTR) reports.back().text.assign(text.bstrVal, OxaExports::SysStringLen(text.bstrVal));
     if (answer) *answerWord = *answer;
+    during();
     return result;
   }
 };

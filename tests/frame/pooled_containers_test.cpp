@@ -14,6 +14,15 @@ namespace {
 using Names = kel::set<std::string, std::less<std::string>, kel::pool_allocator<std::string, 1>>;
 using Flags = kel::deque<bool, 1024, kel::pool_allocator<bool, 1024>, kel::pool_array_allocator<bool*, 8>>;
 static_assert(std::random_access_iterator<Flags::iterator> && std::random_access_iterator<Flags::const_iterator>);
+static_assert(std::sized_sentinel_for<Flags::iterator, Flags::const_iterator>);  // that is, the one converts
+static_assert(!std::is_convertible_v<Flags::const_iterator, Flags::iterator>);
+
+// A refusal in the assignment of an object with containers in it is raised, and does not end the program.
+struct Held {
+  Names names;
+  Flags flags;
+};
+static_assert(!std::is_nothrow_copy_assignable_v<Held> && std::is_nothrow_move_assignable_v<Held>);
 
 // Gives its nodes back after the library's own static objects are gone.
 Names keptUntilTheEnd{"made before", "any pool"};

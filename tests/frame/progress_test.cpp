@@ -21,7 +21,7 @@ ProgressMonitor at(const Position& p, ISBProgressMonitor* host) {
   return progress;
 }
 
-TEST(Progress, PercentagesAreTruncatedAndStayWithinTenToHundred) {
+TEST(Progress, PercentagesAreTruncatedAndHeldWithinTenToHundredOnlyWithoutCounts) {
   // Worked by hand from ((minor / minorCount + major) / majorCount) * 90 + 10.
   const struct {
     Position position;
@@ -33,16 +33,22 @@ TEST(Progress, PercentagesAreTruncatedAndStayWithinTenToHundred) {
       {{1, 7, 0, 1}, 22},  // 22.857...
       {{6, 7, 0, 1}, 87},  // 87.142...
       {{0, 1, 3, 3}, 100},
-      {{9, 5, 0, 1}, 100},  // past the end
-      {{-1, 5, 0, 1}, 10},  // before the start
-      {{0, 0, 0, 1}, 10},   // not a number
-      {{1, 0, 0, 1}, 100},  // infinite
+      {{7, 5, 0, 1}, 136},  // past the end
+      {{3, 2, 0, 1}, 145},
+      {{2, 2, 3, 3}, 130},
+      {{-1, 5, 0, 1}, -8},  // before the start
+      {{INT_MAX, 1, INT_MAX, 1}, INT_MAX},
+      {{INT_MIN, 1, INT_MIN, 1}, INT_MIN},
+      {{INT_MAX, INT_MAX, INT_MAX, INT_MAX}, 100},  // (1 + 2^31 - 1) / (2^31 - 1), just above 1
+      {{0, 0, 0, 1}, 10},                           // not a number
+      {{1, 0, 0, 1}, 100},                          // infinite
       {{1, 5, 0, 0}, 100},
       {{0, 5, 0, 0}, 10},
       {{3, -5, 0, 1}, 10},
       {{INT_MIN, INT_MIN, INT_MIN, INT_MIN}, 99},  // (1 - 2^31) / -2^31, just below 1
       {{INT_MIN, 1, INT_MAX, 0}, 10},              // -1 / 0
-      {{INT_MAX, 1, INT_MAX, 1}, 100},
+      {{9, 5, 3, -1}, 10},
+      {{9, -5, -3, 1}, 10},
   };
   for (const auto& row : kRows) {
     const Position& p = row.position;
@@ -163,11 +169,29 @@ TEST(Progress, EveryReferenceOnTheHostIsCounted) {
     second.UpdateMinorProgress(1, goOn);
     b.result = HRESULT(E_FAIL);
     EXPECT_THROW(second.UpdateMinorProgress(1, goOn), Dvo::DvoResult);
-    EXPECT_EQ(events(), "");
+    EXPECT_EQ(events(), "+b -b +b -b ");  // one for the length of each call
   }
   EXPECT_EQ(events(), "-b -b ");
   EXPECT_EQ(a.references, 1u);
   EXPECT_EQ(b.references, 1u);
+}
+
+TEST(Progress, AHostThatIsTakenOffInItsOwnReportOutlivesTheReport) {
+  CountingHost host, next;
+  ProgressMonitor progress = at({1, 2, 0, 1}, &host);
+  progress.SetStatusText("text");
+  host.result = HRESULT(E_FAIL);
+  for (CountingHost* other : {static_cast<CountingHost*>(nullptr), &next}) {
+    progress.monitor = &host;
+    host.during = [&] {
+      progress.monitor = other;
+      EXPECT_EQ(host.references, 2u);  // the test's own, and the bridge's
+    };
+    bool goOn;
+    EXPECT_THROW(progress.UpdateProgress(goOn), Dvo::DvoResult);
+    EXPECT_EQ(host.references, 1u);
+  }
+  EXPECT_TRUE(next.reports.empty());
 }
 
 }  // namespace

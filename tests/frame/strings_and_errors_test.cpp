@@ -13,7 +13,7 @@ namespace {
 using namespace std::string_literals;
 
 std::u16string converted(const std::string& text) {
-  const Dvo::DvoBSTR holder(text);
+  const Dvo::DvoBSTR holder = text;
   return {holder.Text(), OxaExports::SysStringLen(holder.Text())};
 }
 
@@ -175,6 +175,14 @@ TEST(Format, PlaceholdersAreFilledOnceAndNeverLookedForInAnArgument) {
     for (const auto& argument : row.arguments) format << argument;
     EXPECT_EQ(std::string(format), row.text);
   }
+}
+
+TEST(Format, IntegersOfEveryTypeAreNumbers) {
+  enum Kind : std::uint8_t { kSome = 200 };
+  Dvo::DvoFormat format = "%1 %2 %3 %4 %5 %6 %7 %8 %9"s;
+  format << std::int8_t{-7} << std::uint8_t{65} << short{-3} << 4000000000u << -5L << UINT64_MAX << -9LL << 12ULL
+         << kSome;
+  EXPECT_EQ(std::string(format), "-7 65 -3 4000000000 -5 18446744073709551615 -9 12 200");
 }
 
 TEST(Format, NumbersFollowTheStreamAndNotTheGlobalLocale) {

@@ -198,7 +198,7 @@ TEST(Regression, StopsAtAnyReportAndRunsAgainAsIfNothingHadBeen) {
   std::size_t reports = 0;
   const Regression whole =
       regress(table, {.response = "y", .progress = [&](const Progress&) { return ++reports > 0; }});
-  EXPECT_GE(reports, 2 * whole.plan.folds);  // the selection's folds, and those of the fixed set
+  EXPECT_GT(reports, whole.plan.folds);
   for (std::size_t stopAt = 1; stopAt <= reports; ++stopAt) {
     std::size_t seen = 0;
     EXPECT_THROW(regress(table, {.response = "y", .progress = [&](const Progress&) { return ++seen < stopAt; }}),

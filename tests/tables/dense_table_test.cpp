@@ -122,6 +122,29 @@ TEST(DenseTable, CopiesAreDeep) {
   EXPECT_EQ(out, (Reals{5, 1}));
 }
 
+TEST(DenseTable, NamesHeadingsAndFormulasGoFromOneKindOfTableToAnother) {
+  CompleteDataArray source = numbered(1, 3);
+  Texts names{"a", "b", "c"}, out;
+  source.SetColumnsUsed(&names);
+  IncompleteDataArray incomplete = 3;
+  StatsDataArray& target = incomplete;
+  target = source;
+  target.GetColumnsUsed(&out);
+  EXPECT_EQ(out, names);
+  EXPECT_EQ(target.GetColumnHeading(2) + target.GetColumnFormula(1), "h2f1");
+  Reals cells{9};
+  target.GetDataColumnMajor(&cells);
+  EXPECT_EQ(cells, Reals{});
+
+  // Lists that are shorter than the table: columns are inserted only as far as each of them reaches.
+  static_cast<StatsDataArray&>(source) = numbered(1, 1);
+  source.SetColumnsUsed(&names);
+  EXPECT_EQ(refusal([&] { source.InsertColumns(1, 2); }), invalid("InsertColumns"));
+  EXPECT_EQ(refusal([&] { source.GetColumnHeading(1); }), invalid("GetColumnHeading"));
+  source.InsertColumns(1, 1);
+  EXPECT_EQ(source.GetData(), (Matrix{{0}, {0}, {10}, {20}}));
+}
+
 TEST(DenseTable, RefusesACallersErrorAndChangesNothing) {
   CompleteDataArray table = numbered(3, 2);
   Texts rows{"r"};

@@ -131,7 +131,25 @@ TEST(Centroids, RefuseACallersErrorAndChangeNothing) {
   EXPECT_EQ(refusal([&] { centresOf({points, points, {0, 1}, 2, 2, 2}, one); }), invalid("CalculateClusterCenters"));
   EXPECT_EQ(refusal([&] { NearestCluster(points, 3, {1, 2}, STATS_DIST_EUCLIDEAN); }), invalid("NearestCluster"));
   EXPECT_EQ(refusal([&] { NearestCluster(points, 2, {1}, STATS_DIST_EUCLIDEAN); }), invalid("NearestCluster"));
-  EXPECT_EQ(refusal([&] { NearestCluster({}, 1, {1}, STATS_DIST_EUCLIDEAN); }), invalid("NearestCluster"));
+}
+
+TEST(Centroids, WithoutColumnsLieAtOnePlaceAndWithoutPointsReadNone) {
+  for (const auto type : {STATS_DIST_EUCLIDEAN, STATS_DIST_TANIMOTO}) {
+    EXPECT_EQ(NearestCluster({}, 3, {1}, type), 0);
+    Numbers centres{9, 9, 9};
+    CalculateClusterCenters({}, {}, {1, 0, 1}, centres, 3, 0, 3, type);
+    EXPECT_EQ(centres, (Numbers{1, 0, 9}));
+    CalculateClusterCenters({{5}}, {}, {0}, centres, 1, 1, 3, type);  // over the columns of the positions: none
+    EXPECT_EQ(centres, (Numbers{0, 0, 9}));
+    for (const DataMatrix& anyShape : {DataMatrix{}, DataMatrix{{1}}, DataMatrix{{}, {1}, {2, 3}}}) {
+      DataMatrix positions(2, Reals(2, 7));
+      CalculateClusterPositions(anyShape, positions, {}, 0, 2, 2);
+      EXPECT_EQ(positions, DataMatrix(2, Reals(2, 0)));
+      for (const std::int32_t nDims : {2, INT_MAX})
+        CalculateClusterCenters(anyShape, {}, {}, centres, 0, nDims, 3, type);
+      EXPECT_EQ(centres, (Numbers{0, 0, 9}));
+    }
+  }
 }
 
 }  // namespace

@@ -77,13 +77,13 @@ TEST(Distances, HaveTheirKnownValues) {
     EXPECT_EQ(CalculateDistance(row.a, row.b, type), row.expected) << testing::PrintToString(row.a) << row.type;
     DataMatrix rows;
     for (std::size_t c = 0; c < row.a.size(); ++c) rows.push_back({kNaN, row.b[c], row.a[c]});
-    if (rows.empty()) continue;
     EXPECT_EQ(CalculateDistance(rows, 2, 1, type), row.expected);
     EXPECT_EQ(CalculateDistance(rows, 2, row.b, type), row.expected);
   }
   EXPECT_TRUE(std::isnan(CalculateDistance({kNaN}, {1}, STATS_DIST_EUCLIDEAN)));
   EXPECT_EQ(EuclideanDistanceSquared({{9, 1}, {9, 2}, {9, kNaN}}, 1, {4, 6}), 25);
   EXPECT_EQ(EuclideanDistanceSquared({{9, 1}}, 1, {}), 0);
+  EXPECT_EQ(EuclideanDistanceSquared({}, 7, {}), 0);
 }
 
 TEST(DistanceMatrices, OfThreePointsAreTheirTriangle) {
@@ -154,11 +154,11 @@ TEST(Distances, RefuseACallersErrorAndChangeNothing) {
               }),
               invalid("GenerateDistanceMatrix"));
   }
-  EXPECT_EQ(refusal([&] { CalculateDistance(none, 0, 0, type); }), invalid("CalculateDistance"));
+  EXPECT_EQ(refusal([&] { CalculateDistance(none, 0, -1, type); }), invalid("CalculateDistance"));
   EXPECT_EQ(refusal([&] { CalculateDistance(fine, 0, Reals{1}, type); }), invalid("CalculateDistance"));
   EXPECT_EQ(refusal([&] { CalculateDistance(Reals{1, 2}, Reals{1}, type); }), invalid("CalculateDistance"));
   EXPECT_EQ(refusal([&] { EuclideanDistanceSquared(fine, 0, Reals(3)); }), invalid("EuclideanDistanceSquared"));
-  EXPECT_EQ(refusal([&] { EuclideanDistanceSquared(none, 0, Reals{}); }), invalid("EuclideanDistanceSquared"));
+  EXPECT_EQ(refusal([&] { EuclideanDistanceSquared(none, 0, Reals{1}); }), invalid("EuclideanDistanceSquared"));
   for (const DataMatrix& bad : {none, ragged}) {
     EXPECT_EQ(refusal([&] { GenerateDistanceMatrix(bad, dist, type); }), invalid("GenerateDistanceMatrix"));
     EXPECT_EQ(refusal([&] { GenerateDistanceMatrix(bad, IndexMatrix{}, dist, type); }),

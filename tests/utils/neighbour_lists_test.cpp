@@ -86,6 +86,17 @@ TEST(NeighbourLists, OfPointsThatAreNotNumbersAreEmptyAndTheOthersShorter) {
   EXPECT_EQ(lists({{kInf, 1, 2}}, 1, true), (IndexMatrix{{1}, {2}, {1}}));  // infinitely far, but a number
 }
 
+TEST(NeighbourLists, OfPointsWithoutColumnsAreOfPointsAtOnePlace) {
+  for (const auto type : {STATS_DIST_EUCLIDEAN, STATS_DIST_TANIMOTO})
+    for (const bool fixedSize : {false, true}) {
+      IndexMatrix found;
+      StatsClusterUtils::CreateNeighborLists({}, 3, type, 1, fixedSize, found);
+      EXPECT_EQ(found, fixedSize ? (IndexMatrix{{1}, {0}, {0}}) : (IndexMatrix{{1, 2}, {0, 2}, {0, 1}}));
+      StatsClusterUtils::CreateNeighborLists({{1}, {}}, 0, type, 1, fixedSize, found);
+      EXPECT_EQ(found, IndexMatrix{});
+    }
+}
+
 TEST(NeighbourLists, LookOnlyAtThePointsAskedFor) {
   IndexMatrix found;
   StatsClusterUtils::CreateNeighborLists({{0, 5, 1}, {0, 5, 1, 9}}, 2, STATS_DIST_EUCLIDEAN, 2, true, found);
@@ -94,9 +105,8 @@ TEST(NeighbourLists, LookOnlyAtThePointsAskedFor) {
   const struct {
     DataMatrix points;
     std::int32_t n, k;
-  } kRows[] = {{{{1, 2}}, 3, 1},       {{{1, 2}, {1}}, 2, 1}, {{{1, 2}}, -1, 1},
-               {{{1, 2}}, INT_MIN, 1}, {{{1, 2}}, 2, -1},     {{}, 1, 1},
-               {{{1, 2}}, INT_MAX, 1}, {{{1, 2}}, 2, INT_MIN}};
+  } kRows[] = {{{{1, 2}}, 3, 1},  {{{1, 2}, {1}}, 2, 1}, {{{1, 2}}, -1, 1},      {{{1, 2}}, INT_MIN, 1},
+               {{{1, 2}}, 2, -1}, {{{}}, 1, 1},          {{{1, 2}}, INT_MAX, 1}, {{{1, 2}}, 2, INT_MIN}};
   for (const auto& row : kRows) {
     EXPECT_EQ(refusal([&] {
                 StatsClusterUtils::CreateNeighborLists(row.points, row.n, STATS_DIST_EUCLIDEAN, row.k, true, found);

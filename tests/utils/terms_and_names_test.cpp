@@ -129,7 +129,8 @@ TEST(UniqueNames, CountUpPastEverythingThatIsTaken) {
   const UniqueNameGenerator& itself = names;
   names = itself;
   EXPECT_EQ(names.UniqueName("A"), "A (7)");
-  EXPECT_EQ(UniqueNameGenerator({"A", "A (2)"}).UniqueName("A"), "A (3)");
+  UniqueNameGenerator seeded = kel::set<std::string>{"A", "A (2)"};
+  EXPECT_EQ(seeded.UniqueName("A"), "A (3)");
   for (int i = 0; i < 20000; ++i) copy.UniqueName("many of one name");  // in linear time
   EXPECT_EQ(copy.UniqueName("many of one name"), "many of one name (20001)");
 }
