@@ -94,7 +94,7 @@ void convertToTable(const ColumnUnits& units, std::int32_t response, AllRowsScra
 
 }  // namespace
 
-struct Regression::State {
+struct [[gnu::visibility("hidden")]] Regression::State {
   State(const RegressionTask& task, std::int32_t folds, std::int32_t nPlaces)
       : size(task), rules(task.rules), all(size, std::max(rules.maxSteps, 0), folds) {
     places.reserve(static_cast<std::size_t>(nPlaces));
