@@ -20,21 +20,16 @@ using engine::FoldRows;
 using engine::RegressionFold;
 using engine::Status;
 
-// The rows, one below the other.
-void takeRows(const MlrProblem& v, std::span<const std::int32_t> rows, Matrix to) {
-  for (std::int32_t j = 0; j < v.p; ++j) {
-    const double* column = v.x.column(j);
-    double* packed = to.column(j);
-    for (std::size_t i = 0; i < rows.size(); ++i) packed[i] = column[rows[i]];
-  }
-}
-
-// Predictions of the rows by a model whose variables count from 1.
-void predict(const MlrProblem& v, std::span<const std::int32_t> rows, const std::int32_t* list, std::int32_t nIn,
-             const double* coef, double intercept, double* predictions) {
+// Predictions of the rows by a model of the table's columns, whose variables count from 1.
+void predict(const MlrProblem& v, std::span<const std::int32_t> rows, const ColumnUnits& units,
+             const std::int32_t* list, std::int32_t nIn, const double* coef, double intercept, double* predictions) {
   for (std::size_t i = 0; i < rows.size(); ++i) {
     double sum = 0.0;
-    for (std::int32_t a = 0; a < nIn; ++a) sum += coef[a] * v.x(rows[i], list[a] - 1);
+    for (std::int32_t a = 0; a < nIn; ++a) {
+      const std::int32_t j = list[a] - 1;
+      const double value = v.x(rows[i], j);
+      sum += coef[a] * (units ? units.filled(value, j) : value);
+    }
     predictions[i] = intercept + sum;
   }
 }
@@ -64,12 +59,13 @@ double squaredDeviations(const MlrSums& sums, std::int32_t nIn, std::int32_t a) 
 }  // namespace
 
 MlrFoldScratch::MlrFoldScratch(Arena& arena, std::int32_t n, std::int32_t p, std::int32_t mostVariables,
-                               std::int32_t columns)
+                               std::int32_t columns, bool prepares)
     : most(mostVariables),
       products(arena, p, columns),
       inverse(arena, area(mostVariables, mostVariables)),
       training(arena, area(n, p)),
       fit(arena, n, mostVariables),
+      preparation(arena, prepares, n, p),
       means(arena, p),
       t(arena, p),
       ownCoef(arena, mostVariables),
@@ -82,6 +78,30 @@ MlrFoldScratch::MlrFoldScratch(Arena& arena, std::int32_t n, std::int32_t p, std
       inList(arena, p),
       own(arena, mostVariables),
       refit(arena, mostVariables) {}
+
+ColumnUnits takeRows(const MlrProblem& v, std::span<const std::int32_t> rows, Matrix to, PreparationScratch& s,
+                     Pace& pace) {
+  const ColumnUnits units = columnUnits(v.preparation, v.x, rows, v.p - 1, v.p, s, pace);
+  for (std::int32_t j = 0; j < v.p; ++j) {
+    const double* column = v.x.column(j);
+    double* packed = to.column(j);
+    for (std::size_t i = 0; i < rows.size(); ++i) packed[i] = column[rows[i]];
+    for (std::size_t i = 0; units && i < rows.size(); ++i) packed[i] = units.prepared(packed[i], j);
+  }
+  return units;
+}
+
+void convertToTable(const ColumnUnits& units, std::int32_t response, const std::int32_t* list, std::int32_t nIn,
+                    double* coef, double& intercept) {
+  if (!units) return;
+  double shifted = 0.0;
+  for (std::int32_t a = 0; a < nIn; ++a) {
+    const std::int32_t j = list[a] - 1;
+    coef[a] = coef[a] * units.scale[response] / units.scale[j];
+    shifted += coef[a] * units.shift[j];
+  }
+  intercept = intercept * units.scale[response] + units.shift[response] - shifted;
+}
 
 ColumnProducts productsOf(ConstMatrix x, std::int32_t nRows, const MlrProblem& v, double* means,
                           ProductScratch& scratch, Pace& pace) {
@@ -105,7 +125,7 @@ RegressionFold runFold(const MlrProblem& v, const MlrModel& model, const FoldRow
   fold.rows = rows;
   const auto nTraining = static_cast<std::int32_t>(rows.training.size());
   const Matrix training{s.training.data(), v.n};
-  takeRows(v, rows.training, training);
+  const ColumnUnits units = takeRows(v, rows.training, training, s.preparation, pace);
 
   // 1. The fold's own selection.
   std::copy_n(v.start, v.p, s.flags.data());
@@ -122,8 +142,10 @@ RegressionFold runFold(const MlrProblem& v, const MlrModel& model, const FoldRow
   fold.own.descriptors = countedFromZero(s.ownList.data(), nOwn, s.own.data());
   fold.own.coefficients = {s.ownCoef.data(), static_cast<std::size_t>(nOwn)};
 
+  convertToTable(units, v.p - 1, s.ownList.data(), nOwn, s.ownCoef.data(), fold.own.intercept);
+
   // 2. Its predictions.
-  predict(v, rows.heldOut, s.ownList.data(), nOwn, s.ownCoef.data(), fold.own.intercept, s.predictions.data());
+  predict(v, rows.heldOut, units, s.ownList.data(), nOwn, s.ownCoef.data(), fold.own.intercept, s.predictions.data());
   fold.predictions = {s.predictions.data(), rows.heldOut.size()};
 
   // 3. The model of all rows, refitted.
@@ -132,6 +154,7 @@ RegressionFold runFold(const MlrProblem& v, const MlrModel& model, const FoldRow
   status = fitModel(fitted, products, model.flags, refitted, s.fit, fit, pace);
   fold.status = status == kDone ? Status::Done : ended(status);
   if (status != kDone) return fold;
+  convertToTable(units, v.p - 1, s.inList.data(), fit.nIn, s.coef.data(), fold.refit.intercept);
   fold.refit.descriptors = countedFromZero(s.inList.data(), fit.nIn, s.refit.data());
   fold.refit.coefficients = {s.coef.data(), static_cast<std::size_t>(fit.nIn)};
   fold.rawIntercept = rawIntercept(v, model, s.coef.data(), fold.refit.intercept);

@@ -8,6 +8,7 @@
 
 #include "analyses/mlr/selection.h"
 #include "numeric/matrix_view.h"
+#include "numeric/preparation.h"
 #include "numeric/regression_fit.h"
 #include "numeric/scratch.h"
 
@@ -21,6 +22,7 @@ struct MlrProblem {
   const std::int32_t* start;    // p: the model that every selection starts from, 1 = in
   std::int32_t nStart;          // variables in it
   const double *scale, *shift;  // p; null: the variables have not been transformed
+  engine::Preparation preparation{};
 };
 
 // The model selected on all rows.
@@ -32,16 +34,26 @@ struct MlrModel {
 
 // One fold at a time. Models have `most` variables at most, and `columns` columns of their cross-products are needed.
 struct MlrFoldScratch {
-  MlrFoldScratch(Arena& arena, std::int32_t n, std::int32_t p, std::int32_t mostVariables, std::int32_t columns);
+  MlrFoldScratch(Arena& arena, std::int32_t n, std::int32_t p, std::int32_t mostVariables, std::int32_t columns,
+                 bool prepares);
 
   std::int32_t most;
   ProductScratch products;
   Array<double> inverse, training;
   FitScratch fit;
+  PreparationScratch preparation;
   Array<double> means, t, ownCoef, coef, predictions;
   Array<std::int32_t> rows, flags, outList, ownList, inList;  // lists from 1, and ...
   Array<std::int32_t> own, refit;                             // ... the same from 0, as they are shown
 };
+
+// The rows, one below the other, prepared by themselves; the units that did it.
+ColumnUnits takeRows(const MlrProblem& problem, std::span<const std::int32_t> rows, Matrix to,
+                     PreparationScratch& preparation, Pace& pace);
+
+// A model of prepared columns, whose variables count from 1, in the table's units; nothing is done without units.
+void convertToTable(const ColumnUnits& units, std::int32_t response, const std::int32_t* list, std::int32_t nIn,
+                    double* coef, double& intercept);
 
 // Means and cross-products of the first nRows rows of x: all of them when most variables are in the starting model, or
 // else a column when a selection asks for it.

@@ -49,7 +49,7 @@ struct MulRegScratch {
   MulRegScratch(Arena& arena, std::int32_t n, std::int32_t p, std::int32_t folds)
       : products(arena, area(p, p)),
         method(arena, n, p, p - 1, folds),
-        fold(arena, n, p, p - 1, p),
+        fold(arena, n, p, p - 1, p, false),
         response(arena, n),
         sortBuffer(arena, n),
         positions(arena, n),

@@ -61,7 +61,7 @@ void convertSquares(const PlsSizes& size, const ColumnUnits& units, double* tss,
 
 }  // namespace
 
-struct PartialLeastSquares::State {
+struct [[gnu::visibility("hidden")]] PartialLeastSquares::State {
   State(const PartialLeastSquaresTask& given, std::int32_t nPlaces)
       : task(given),
         computable(given.table.rows >= 0 && given.responses >= 0 && given.table.columns >= given.responses &&

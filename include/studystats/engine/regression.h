@@ -14,6 +14,7 @@
 
 #include <studystats/engine/basics.h>
 #include <studystats/engine/folds.h>
+#include <studystats/engine/preparation.h>
 
 #include <cstdint>
 #include <memory>
@@ -34,6 +35,7 @@ struct RegressionTask {
   std::span<const std::int32_t> start{};  // descriptors in the model at the start, from 0, each once
   std::span<const double> scale{};        // by descriptor: x = (raw - shift) / scale, when x has been transformed, ...
   std::span<const double> shift{};        // ... so that intercepts can be told in raw units; empty: it has not
+  Preparation preparation{};              // selections and fits see what comes of it; what is told is in table units
 };
 
 // response = intercept + sum of coefficient * descriptor.
@@ -53,15 +55,17 @@ struct SelectionStep {
 // The model of all rows.
 struct RegressionModel {
   LinearModel equation;
-  std::span<const SelectionStep> steps;  // of the selection
-  std::span<const SelectionStep> tried;  // the same and, behind them, steps that were taken back
-  double totalSquares = 0;               // of the response about its mean
+  std::span<const SelectionStep> steps;     // of the selection
+  std::span<const SelectionStep> tried;     // the same and, behind them, steps that were taken back
+  double totalSquares = 0;                  // of the response about its mean
+  double residualSquares = 0;               // left of it
+  std::span<const double> inverseDiagonal;  // of the descriptors' cross-products, by position in the model
 };
 
 // What is said of the model of all rows besides. Probabilities that cannot be computed are -1; without degrees of
 // freedom, and with residuals that are all 0, statistics are infinite or not numbers.
 struct RegressionStatistics {
-  std::span<const double> fitted, residuals;  // by row
+  std::span<const double> fitted, residuals;  // by row; not numbers where the table misses a cell
   double modelSquares = 0, residualSquares = 0, totalSquares = 0;
   std::int32_t modelDf = 0, residualDf = 0;
   double multipleR = 0;
@@ -107,6 +111,7 @@ class STUDYSTATS_API Regression {
   // Fold by fold, in order; ends at a fold that is singular. Done or Stopped.
   template <class Keep>
   Status validate(const FoldSource& folds, const Checkpoint& checkpoint, Keep&& keep) {
+    restart();
     for (std::int32_t f = 0; f < folds.count; ++f) {
       const RegressionFold one = fold(folds, f, checkpoint);
       if (one.status == Status::Stopped) return one.status;
@@ -124,6 +129,7 @@ class STUDYSTATS_API Regression {
   RegressionFold fold(const FoldSource& folds, std::int32_t number, const Checkpoint& checkpoint = {},
                       std::int32_t place = 0);
   void add(const RegressionFold& fold, double weight);  // in the order of the folds
+  void restart();                                       // forgets those added, as validate does at first
   RegressionValidation validation();                    // of those added
 
  private:
