@@ -76,7 +76,7 @@ struct RegressionRun {
   }
   void keepAll(Told& told) {
     const engine::RegressionModel model = analysis.model();
-    tell(told, model.model);
+    tell(told, model.equation);
     tell(told, model.inverseDiagonal);
     for (const engine::SelectionStep& step : model.tried) told.insert(told.end(), {step.partialF, step.f, step.s});
     const engine::RegressionValidation sums = analysis.validation();

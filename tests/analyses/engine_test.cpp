@@ -170,14 +170,14 @@ TEST(EngineOfRegression, GivesTheBitsOfItsEntryPoint) {
     ASSERT_EQ(regression.validate(folds.source()), engine::Status::Done);
     const engine::RegressionModel model = regression.model();
     const engine::RegressionValidation sums = regression.validation();
-    Numbers ours = {model.model.intercept, sums.press, sums.interceptSpread},
+    Numbers ours = {model.equation.intercept, sums.press, sums.interceptSpread},
             theirs = {call.intercept(), call.press(), call.interceptSd()};
-    ASSERT_EQ(std::ssize(model.model.descriptors), call.nIn());
-    for (std::size_t a = 0; a < model.model.descriptors.size(); ++a) {
+    ASSERT_EQ(std::ssize(model.equation.descriptors), call.nIn());
+    for (std::size_t a = 0; a < model.equation.descriptors.size(); ++a) {
       const auto j = static_cast<std::size_t>(call.inList[a] - 1);
       ours.insert(ours.end(), {model.equation.coefficients[a], sums.spreads[a] / call.scale[j]});
       theirs.insert(theirs.end(), {call.coef[a], call.cvCoefSd[j]});
-      EXPECT_EQ(model.model.descriptors[a], call.inList[a] - 1);
+      EXPECT_EQ(model.equation.descriptors[a], call.inList[a] - 1);
     }
     EXPECT_TRUE(sameBits(ours, theirs)) << plan.method << ' ' << plan.groups;
     EXPECT_NEAR(model.totalSquares - model.residualSquares, call.sumSq[0], 1e-12 * call.sumSq[0]);
