@@ -190,8 +190,7 @@ std::int32_t invertCovariance(const PooledCovariance& within, SubsetModel& model
     if (block(b, b) == 0.0) block(b, b) = 1.0;
   }
   if (pace.stopped()) return kStopped;
-  if (const std::int32_t status = invert(m, block, model.inverse, pace); status != kDone)
-    return pace.stopped() ? kStopped : kSingular;
+  if (const std::int32_t status = invert(m, block, model.inverse, pace); status != kDone) return status;
 
   setWeights(
       model, [block](std::int32_t a, std::int32_t b) { return block(a, b); }, pace);
