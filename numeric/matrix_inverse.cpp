@@ -21,8 +21,9 @@ namespace {
 
 constexpr int kLanes = 8;
 
-// For every column j of first ... last - 1 but p: adds -factor times the pivot column where factor is its element in row p, which becomes 0
-// first, and notes its largest magnitude among the rows that are not done (-1 when none is a number).
+// For every column j of first ... last - 1 but p: adds -factor times the pivot column where factor is its element in
+// row p, which becomes 0 first, and notes its largest magnitude among the rows that are not done (-1 when none is a
+// number).
 STUDYSTATS_MULTIVERSION
 void reduceColumns(std::int32_t n, std::int32_t first, std::int32_t last, Matrix a, std::int32_t p,
                    const double* __restrict done, double* largest) {
@@ -68,8 +69,8 @@ Pivot findPivot(std::int32_t n, Matrix a, InverseScratch& s) {
 }
 
 // The largest magnitude of each column before the first pivot.
-void findLargest(std::int32_t n, Matrix a, InverseScratch& s) {
-  for (std::int32_t j = 0; j < n; ++j) {
+void findLargest(std::int32_t n, Matrix a, InverseScratch& s, Pace& pace) {
+  for (std::int32_t j = 0; j < n && pace.goOn(n); ++j) {
     double most = -1.0;
     for (std::int32_t k = 0; k < n; ++k) most = std::fabs(a(k, j)) > most ? std::fabs(a(k, j)) : most;
     s.largest[j] = most;
@@ -80,7 +81,8 @@ void findLargest(std::int32_t n, Matrix a, InverseScratch& s) {
 }  // namespace
 
 std::int32_t invert(std::int32_t n, Matrix a, InverseScratch& s, Pace& pace) {
-  findLargest(n, a, s);
+  findLargest(n, a, s, pace);
+  if (pace.stopped()) return kStopped;
   for (std::int32_t i = 0; i < n; ++i) {
     const Pivot pivot = findPivot(n, a, s);
     if (pivot.column < 0) return kSingular;
@@ -99,10 +101,10 @@ std::int32_t invert(std::int32_t n, Matrix a, InverseScratch& s, Pace& pace) {
     };
     if (!pace.inParts(n, 2 * std::int64_t{n}, 1, columns)) return kStopped;
   }
-  for (std::int32_t l = n - 1; l >= 0; --l)
-    if (s.from[l] != s.to[l])
-      for (std::int32_t j = 0; j < n; ++j) std::swap(a(s.from[l], j), a(s.to[l], j));
-  return kDone;
+  for (std::int32_t j = 0; j < n && pace.goOn(2 * std::int64_t{n}); ++j)
+    for (std::int32_t l = n - 1; l >= 0; --l)
+      if (s.from[l] != s.to[l]) std::swap(a(s.from[l], j), a(s.to[l], j));
+  return pace.stopped() ? kStopped : kDone;
 }
 
 void InvMat(const std::int32_t* n, const std::int32_t* ld, double* a, std::int32_t* status) {

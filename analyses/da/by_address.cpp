@@ -18,31 +18,36 @@ std::int32_t nClasses = 0;
 
 namespace {
 
-// For a model and sums of products beside it.
-struct ScatterScratch {
-  ScatterScratch(Arena& arena, std::int32_t n, std::int32_t p)
-      : model(arena, n, p), products(arena, productScratch(p)), means(arena, p) {}
-  SubsetModel model;
-  Array<double> products, means;
-};
-
-// For a model and its canonical functions.
-struct ClassifierScratch {
-  ClassifierScratch(Arena& arena, std::int32_t n, std::int32_t p) : model(arena, n, p), canonical(arena, p) {}
+// For a model and its scatter matrices or canonical functions.
+struct CanonicalModelScratch {
+  CanonicalModelScratch(Arena& arena, std::int32_t n, std::int32_t p) : model(arena, n, p), canonical(arena, p) {}
   SubsetModel model;
   CanonicalScratch canonical;
 };
 
-// The inverse that model.block holds, at the variables' own positions.
-void storeBlock(SubsetModel& model, Matrix winv) {
-  const ConstMatrix block{model.block.data(), model.m};
+// For a selection whose covariance is the caller's.
+struct SelectionScratch {
+  SelectionScratch(Arena& arena, std::int32_t n, std::int32_t p)
+      : model(arena, n, p), products(arena, productScratch(p)) {}
+  SubsetModel model;
+  Array<double> products;
+};
+
+// A matrix of the model's variables, at their own positions.
+void storeBlock(const SubsetModel& model, ConstMatrix block, Matrix to) {
   const std::int32_t* variables = model.variables.data();
   for (std::int32_t b = 0; b < model.m; ++b)
-    for (std::int32_t a = 0; a < model.m; ++a) winv(variables[a], variables[b]) = block(a, b);
+    for (std::int32_t a = 0; a < model.m; ++a) to(variables[a], variables[b]) = block(a, b);
 }
 
-void storeInverse(SubsetModel& model, Matrix winv) {
-  if (model.m > 1) return storeBlock(model, winv);
+void takeBlock(const SubsetModel& model, ConstMatrix from, Matrix block) {
+  const std::int32_t* variables = model.variables.data();
+  for (std::int32_t b = 0; b < model.m; ++b)
+    for (std::int32_t a = 0; a < model.m; ++a) block(a, b) = from(variables[a], variables[b]);
+}
+
+void storeInverse(const SubsetModel& model, Matrix winv) {
+  if (model.m > 1) return storeBlock(model, {model.block.data(), model.m}, winv);
   const std::int32_t j = model.variables[0];
   winv(j, j) = model.weights[0];
 }
@@ -68,31 +73,22 @@ void DaCore(const double* data, const std::int32_t* classOf, std::int32_t* model
     *nSteps = 0;
     return;
   }
-  Obtained<DaScratch> scratch(n, p, g);
+  const DaProblem problem{{data, n}, classOf, 1, n, p, g, {*selectMode, *nSelect, p}};
+  Obtained<DaScratch> scratch(DaSizes(n, p, g, problem.rules));
   if (!scratch) {
     *status = kNoScratch;
     return;
   }
-  const DaAnalysis analysis{.data = {data, n},
-                            .classOf = classOf,
-                            .inModel = inModel,
-                            .n = n,
-                            .p = p,
-                            .g = g,
-                            .rules = {*selectMode, *nSelect, p},
-                            .monitor = *progressMonitor,
-                            .continueFlag = continueFlag,
-                            .modelRows = modelRows,
-                            .selCount = cvSelCount,
-                            .confusion = {cvConfusion, g},
-                            .distances = {distances, n},
-                            .canonical = {nCanonical, canonValues, {canonVectors, p}}};
-  const DaModelOutputs out{.steps = {nSteps, selectOrder, stepFraction, {stepClassFraction, p}},
-                           .selected = selected,
-                           .confusion = {confusion, g},
-                           .fractionCorrect = cvFractionCorrect,
-                           .classFraction = cvClassFraction};
-  *status = discriminate(analysis, out, *scratch);
+  const DaOutputs out{.modelRows = modelRows,
+                      .steps = {nSteps, selectOrder, stepFraction, {stepClassFraction, p}},
+                      .selected = selected,
+                      .confusion = {confusion, g},
+                      .distances = {distances, n},
+                      .canonical = {nCanonical, canonValues, {canonVectors, p}},
+                      .counts = {cvSelCount, {cvConfusion, g}, scratch->validated.data(), scratch->correct.data()},
+                      .fractionCorrect = cvFractionCorrect,
+                      .classFraction = cvClassFraction};
+  *status = discriminate({problem, inModel, *progressMonitor, continueFlag}, out, *scratch);
 }
 
 void DaPool(const double* data, const std::int32_t* classOf, const std::int32_t* ldData, const std::int32_t* ldVar,
@@ -102,8 +98,9 @@ void DaPool(const double* data, const std::int32_t* classOf, const std::int32_t*
   Scratch<double> products(productScratch(*p));
   *status = products ? kDone : kNoScratch;
   if (!products) return;
+  Pace unasked;
   if (canBePooled(samples))
-    poolCovariance(samples, {means, *ldVar}, {within, *ldVar}, products.data());
+    poolCovariance(samples, {means, *ldVar}, {within, *ldVar}, products.data(), unasked);
   else
     *status = kSingular;
 }
@@ -137,9 +134,10 @@ void DaInv(const std::int32_t* p, const std::int32_t* ldVar, const std::int32_t*
   Obtained<SubsetModel> model(0, *p);
   *status = model ? kDone : kNoScratch;
   if (!model) return;
+  Pace unasked;
   chooseVariables(selected, *p, *model);
-  *status = invertCovariance({within, *ldVar}, *model);
-  if (*status == kDone) storeBlock(*model, {winv, *ldVar});
+  *status = invertCovariance(PooledCovariance({within, *ldVar}), *model, unasked);
+  if (*status == kDone) storeBlock(*model, {model->block.data(), model->m}, {winv, *ldVar});
 }
 
 void DaEval(const double* data, const std::int32_t* classOf, const std::int32_t* ldData, const std::int32_t* ldVar,
@@ -150,8 +148,11 @@ void DaEval(const double* data, const std::int32_t* classOf, const std::int32_t*
   *status = model ? kDone : kNoScratch;
   if (!model) return;
   const DaSamples samples{{data, *ldData}, classOf, classSize, *n, *p, nClasses};
-  const SubsetFit fit{samples, {{means, *ldVar}, {within, *ldVar}}, *model};
-  *status = fit.take(selected);
+  PooledCovariance covariance({within, *ldVar});
+  Pace unasked;
+  const SubsetFit fit{samples, {means, *ldVar}, covariance, *model, unasked};
+  chooseVariables(selected, *p, *model);
+  *status = fit.build();
   if (*status == kSingular) std::fill_n(classFraction, std::max(nClasses, 0), 0.0F);
   if (*status != kDone) return;
   storeInverse(*model, {winv, *ldVar});
@@ -165,13 +166,19 @@ void DaStep(const double* data, const std::int32_t* classOf, const std::int32_t*
             const std::int32_t* nSelect, std::int32_t* selected, double* within, double* means, double* winv,
             std::int32_t* nSteps, std::int32_t* selectOrder, float* stepFraction, float* stepClassFraction,
             double* /*work*/, const std::int32_t* classSize, std::int32_t* status) {
-  Obtained<ScatterScratch> scratch(*n, *p);
+  Obtained<SelectionScratch> scratch(*n, *p);
   *status = scratch ? kDone : kNoScratch;
   if (!scratch) return;
   const DaSamples samples{{data, *ldData}, classOf, classSize, *n, std::max(*p, 0), nClasses};
   const DaSteps steps{nSteps, selectOrder, stepFraction, {stepClassFraction, *ldVar}};
-  *status = selectSubset(samples, {*selectMode, *nSelect, *maxSteps}, selected, {means, *ldVar}, {within, *ldVar},
-                         scratch->products.data(), &steps, scratch->model);
+  const DaRules rules{*selectMode, *nSelect, *maxSteps};
+  clearSelection(rules, *p, selected, &steps);
+  *status = kSingular;
+  if (!canBePooled(samples)) return;
+  Pace unasked;
+  poolCovariance(samples, {means, *ldVar}, {within, *ldVar}, scratch->products.data(), unasked);
+  PooledCovariance covariance({within, *ldVar});
+  *status = selectSubset({samples, {means, *ldVar}, covariance, scratch->model, unasked}, rules, selected, &steps);
   if (*status == kDone) storeInverse(scratch->model, {winv, *ldVar});
 }
 
@@ -192,12 +199,24 @@ void DaConf(const double* data, const std::int32_t* classOf, const std::int32_t*
 void DaScat(const double* data, const std::int32_t* ldData, const std::int32_t* n, const std::int32_t* p,
             const std::int32_t* selected, const double* within, double* withinSS, double* between,
             std::int32_t* status) {
-  Obtained<ScatterScratch> scratch(0, *p);
+  Obtained<CanonicalModelScratch> scratch(0, *p);
   *status = scratch ? kDone : kNoScratch;
   if (!scratch) return;
-  chooseVariables(selected, *p, scratch->model);
-  scatterMatrices({{data, *ldData}, nullptr, nullptr, *n, *p, nClasses}, {within, *p}, scratch->model,
-                  scratch->means.data(), scratch->products.data(), {withinSS, *p}, {between, *p});
+  SubsetModel& model = scratch->model;
+  CanonicalScratch& s = scratch->canonical;
+  const ConstMatrix covariance{within, *p};
+  const Matrix inside{withinSS, *p}, outside{between, *p};
+  Pace unasked;
+  chooseVariables(selected, *p, model);
+  totalScatter({data, *ldData}, *n, model.variables.data(), model.m, s.means.data(), {s.between.data(), model.m},
+               s.products.data(), unasked);
+  for (std::int32_t k = 0; k < *p; ++k) std::fill_n(outside.column(k), *p, 0.0);
+  storeBlock(model, {s.between.data(), model.m}, outside);
+  for (std::int32_t k = 0; k < *p; ++k)
+    for (std::int32_t j = 0; j < *p; ++j) {
+      inside(j, k) = covariance(j, k) * (*n - nClasses);
+      outside(j, k) -= inside(j, k);
+    }
 }
 
 void SubMat(const std::int32_t* index, const double* a, const std::int32_t* lda, const std::int32_t* ldb,
@@ -211,28 +230,31 @@ void SubMat(const std::int32_t* index, const double* a, const std::int32_t* lda,
 void DaCanon(const double* data, std::int32_t* tags, const std::int32_t* ldData, const std::int32_t* ldVar,
              const std::int32_t* n, const std::int32_t* p, const std::int32_t* final, const std::int32_t* selected,
              std::int32_t* nCanonical, double* canonValues, double* canonVectors, const double* means,
-             const double* winv, const double* withinSS, const double* between, float* distances, double* work1,
-             double* work2, std::int32_t* status) {
-  Obtained<ClassifierScratch> scratch(*n, *p);
+             const double* winv, const double* withinSS, const double* between, float* distances, double* /*work1*/,
+             double* /*work2*/, std::int32_t* status) {
+  Obtained<CanonicalModelScratch> scratch(*n, *p);
   *status = scratch ? kDone : kNoScratch;
   if (!scratch) return;
 
   SubsetModel& model = scratch->model;
+  CanonicalScratch& s = scratch->canonical;
+  Pace unasked;
   chooseVariables(selected, *p, model);
   if (model.m < 1) {
     *status = kSingular;
     return;
   }
   if (model.m > 1) takeWeights({winv, *ldVar}, model);
-  nearestClasses({data, *ldData}, *n, {means, *ldVar}, nClasses, model, {distances, *ldData});
+  nearestClasses({{data, *ldData}, *n}, {means, *ldVar}, nClasses, model, MatrixView<float>{distances, *ldData},
+                 unasked);
   std::copy_n(model.nearest.data(), std::max(*n, 0), tags + *ldData);
 
   const CanonicalFunctions out{nCanonical, canonValues, {canonVectors, *ldVar}};
-  if (model.m == 1)
-    onlyCanonicalFunction(out);
-  else if ((*final & 1) != 0)
-    *status = canonicalFunctions(model, nClasses, {{withinSS, *ldVar}, {between, *ldVar}}, out, {work1, *ldVar},
-                                 {work2, *ldVar}, scratch->canonical);
+  if (model.m == 1) return onlyCanonicalFunction(out);
+  if ((*final & 1) == 0) return;
+  takeBlock(model, {withinSS, *ldVar}, {s.withinSS.data(), model.m});
+  takeBlock(model, {between, *ldVar}, {s.between.data(), model.m});
+  *status = canonicalFunctions(model.m, nClasses, out, s, unasked);
 }
 
 }  // namespace studystats::core

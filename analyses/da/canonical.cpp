@@ -18,27 +18,27 @@
 namespace studystats::core {
 namespace {
 
-// sums(j) += factors(b) * right(b, j) for b = 0, 1, ... and j from `first` on; right (m x m) lies row after row.
+// sums(j) += factors(b) * right(b, j) for b = first ... last - 1 and j from `from` on; right (m x m) lies row after
+// row.
 STUDYSTATS_MULTIVERSION
 void addRows(const double* __restrict factors, const double* __restrict right, std::int32_t m, std::int32_t first,
-             double* __restrict sums) {
-  for (std::int32_t b = 0; b < m; ++b) {
+             std::int32_t last, std::int32_t from, double* __restrict sums) {
+  for (std::int32_t b = first; b < last; ++b) {
     const double factor = factors[b];
     const double* row = right + std::ptrdiff_t{b} * m;
-    for (std::int32_t j = first; j < m; ++j) sums[j] += factor * row[j];
+    for (std::int32_t j = from; j < m; ++j) sums[j] += factor * row[j];
   }
 }
 
-std::int32_t decompose(Matrix a, std::int32_t m, double* values, Matrix vectors, CanonicalScratch& s) {
-  const std::int32_t wantVectors = 1;
-  std::int32_t status = 0;
-  EigSym(&a.ld, &m, a.data, values, &wantVectors, vectors.data, s.work1.data(), s.work2.data(), &status);
-  return status == 0 ? kDone : kSingular;
+std::int32_t decompose(const Array<double>& a, std::int32_t m, double* values, CanonicalScratch& s, Pace& pace) {
+  const std::int32_t status = eigenSystem(a.data(), m, values, s.vectors.data(), s.work1.data(), pace);
+  if (pace.stopped()) return kStopped;
+  return status == kDone ? kDone : kSingular;
 }
 
 // The eigenvectors u of the within-class scatter, scaled to unit scatter where they have any, row after row.
-void whiten(Matrix u, std::int32_t m, const double* values, double* rows) {
-  for (std::int32_t k = 0; k < m; ++k) {
+void whiten(ConstMatrix u, std::int32_t m, const double* values, double* rows, Pace& pace) {
+  for (std::int32_t k = 0; k < m && pace.goOn(8 * std::int64_t{m}); ++k) {  // cache lines are written
     const double scale = values[k] > 0.0 ? 1.0 / std::sqrt(values[k]) : 1.0;
     for (std::int32_t a = 0; a < m; ++a) rows[std::ptrdiff_t{a} * m + k] = u(a, k) * scale;
   }
@@ -46,16 +46,16 @@ void whiten(Matrix u, std::int32_t m, const double* values, double* rows) {
 
 // whitened(i, j) = sum over a, b of u(a, i) * between(a, b) * u(b, j), one sum over all pairs, a the slower; computed
 // for i <= j, many j side by side. sums and factors hold m numbers.
-void whitenedBetween(const std::int32_t* variables, std::int32_t m, ConstMatrix between, CanonicalScratch& s,
-                     Matrix whitened) {
+void whitenedBetween(std::int32_t m, CanonicalScratch& s, Pace& pace) {
   const double* rows = s.rows.data();
+  const Matrix between{s.between.data(), m}, whitened{s.whitened.data(), m};
   double *sums = s.work1.data(), *factors = s.work2.data();
   for (std::int32_t i = 0; i < m; ++i) {
     std::fill_n(sums, m, 0.0);
     for (std::int32_t a = 0; a < m; ++a) {
-      for (std::int32_t b = 0; b < m; ++b)
-        factors[b] = rows[std::ptrdiff_t{a} * m + i] * between(variables[a], variables[b]);
-      addRows(factors, rows, m, i, sums);
+      for (std::int32_t b = 0; b < m; ++b) factors[b] = rows[std::ptrdiff_t{a} * m + i] * between(a, b);
+      const auto add = [&](std::int32_t first, std::int32_t last) { addRows(factors, rows, m, first, last, i, sums); };
+      if (!pace.inParts(m, 2 * std::int64_t{m - i} + 8, 1, add)) return;
     }
     for (std::int32_t j = i; j < m; ++j) whitened(i, j) = whitened(j, i) = sums[j];
   }
@@ -63,19 +63,17 @@ void whitenedBetween(const std::int32_t* variables, std::int32_t m, ConstMatrix 
 
 }  // namespace
 
-void scatterMatrices(const DaSamples& samples, ConstMatrix within, SubsetModel& model, double* variableMeans,
-                     double* products, Matrix withinSS, Matrix between) {
-  const Matrix total{model.block.data(), model.m};
+void scatterMatrices(const DaSamples& samples, const PooledCovariance& within, const SubsetModel& model,
+                     CanonicalScratch& s, Pace& pace) {
+  const std::int32_t m = model.m;
   const std::int32_t* variables = model.variables.data();
-  totalScatter(samples.x, samples.n, variables, model.m, variableMeans, total, products);
-  for (std::int32_t k = 0; k < samples.p; ++k) {
-    std::fill_n(between.column(k), samples.p, 0.0);
-    for (std::int32_t j = 0; j < samples.p; ++j) withinSS(j, k) = within(j, k) * (samples.n - samples.g);
-  }
-  for (std::int32_t b = 0; b < model.m; ++b)
-    for (std::int32_t a = 0; a < model.m; ++a) between(variables[a], variables[b]) = total(a, b);
-  for (std::int32_t k = 0; k < samples.p; ++k)
-    for (std::int32_t j = 0; j < samples.p; ++j) between(j, k) -= withinSS(j, k);
+  const Matrix withinSS{s.withinSS.data(), m}, between{s.between.data(), m};
+  totalScatter(samples.x, samples.n, variables, m, s.means.data(), between, s.products.data(), pace);
+  for (std::int32_t b = 0; b < m && pace.goOn(4 * std::int64_t{m}); ++b)
+    for (std::int32_t a = 0; a < m; ++a) {
+      withinSS(a, b) = within(variables[a], variables[b]) * (samples.n - samples.g);
+      between(a, b) -= withinSS(a, b);
+    }
 }
 
 void onlyCanonicalFunction(const CanonicalFunctions& out) {
@@ -84,24 +82,23 @@ void onlyCanonicalFunction(const CanonicalFunctions& out) {
   out.vectors(0, 0) = 1.0;
 }
 
-std::int32_t canonicalFunctions(SubsetModel& model, std::int32_t g, const ScatterMatrices& scatter,
-                                const CanonicalFunctions& out, Matrix work1, Matrix work2, CanonicalScratch& s) {
-  const std::int32_t m = model.m;
-  const std::int32_t* variables = model.variables.data();
+std::int32_t canonicalFunctions(std::int32_t m, std::int32_t g, const CanonicalFunctions& out, CanonicalScratch& s,
+                                Pace& pace) {
+  const ConstMatrix vectors{s.vectors.data(), m};
 
   // 1. Whitening vectors.
-  for (std::int32_t b = 0; b < m; ++b)
-    for (std::int32_t a = 0; a < m; ++a) work1(a, b) = scatter.within(variables[a], variables[b]);
-  if (decompose(work1, m, s.withinValues.data(), work2, s) != kDone) return kSingular;
-  whiten(work2, m, s.withinValues.data(), s.rows.data());
+  std::int32_t status = decompose(s.withinSS, m, s.withinValues.data(), s, pace);
+  if (status != kDone) return status;
+  whiten(vectors, m, s.withinValues.data(), s.rows.data(), pace);
 
   // 2. Between-class scatter in whitened coordinates, and 3. its eigenvectors.
-  whitenedBetween(variables, m, scatter.between, s, work1);
-  if (decompose(work1, m, s.values.data(), work2, s) != kDone) return kSingular;
+  whitenedBetween(m, s, pace);
+  if (!pace.stopped()) status = decompose(s.whitened, m, s.values.data(), s, pace);
+  if (pace.stopped() || status != kDone) return pace.stopped() ? kStopped : status;
 
   *out.count = std::min(m, g - 1);
   for (std::int32_t k = 0; k < *out.count; ++k) {
-    const double* vector = work2.column(k);
+    const double* vector = vectors.column(k);
     double squares = 0.0;
     for (std::int32_t a = 0; a < m; ++a) squares += vector[a] * vector[a];
     const double length = squares > 0.0 ? std::sqrt(squares) : 1.0;

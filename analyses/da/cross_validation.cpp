@@ -6,33 +6,48 @@
 
 #include <algorithm>
 #include <limits>
-#include <numeric>
 
-#include "numeric/sorting.h"
 #include "numeric/status.h"
-#include "numeric/validation.h"
 
 namespace studystats::core {
 namespace {
 
-constexpr std::int32_t kOneSampleAGroup = 0;
+using engine::DiscriminantFold;
+using engine::Status;
 
-// Makes the plan and sorts modelRows by class, equal classes in increasing row number: dealt along this order, every
-// group gets its share of each class. Rows outside the model stand behind all classes. The builder of systematic groups
-// reads its marks of usable rows by position, that of random subsets by row: they are laid out so that both mean the
-// row.
-void orderForValidation(const DaAnalysis& v, DaScratch& s) {
-  VldPln(&v.n);
-  const double behindAll = v.g + 1.0;
-  std::iota(v.modelRows, v.modelRows + v.n, 1);
-  for (std::int32_t i = 0; i < v.n; ++i) s.keys[i] = v.inModel[i] == 1 ? v.classOf[i] : behindAll;
-  sortColumn(s.keys.data(), v.modelRows, v.n, false, s.sortBuffer.data());
-
-  std::copy_n(v.modelRows, v.n, s.order.data());
-  for (std::int32_t i = 0; i < v.n; ++i) {
-    const std::int32_t row = cvMethod == kSystematicGroups ? s.order[i] - 1 : i;
-    s.usable[i] = v.inModel[row] == 1 ? 1 : 0;
+// A column at a time: data that lie below one another are read in their order.
+void packRows(const DaProblem& v, std::span<const std::int32_t> rows, Matrix to, Pace& pace) {
+  for (std::int32_t j = 0; j < v.p && pace.goOn(2 * std::ssize(rows)); ++j) {
+    const double* column = v.x.column(j);
+    double* packed = to.column(j);
+    for (std::size_t i = 0; i < rows.size(); ++i) packed[i] = column[rows[i]];
   }
+}
+
+bool areAllInOrder(std::span<const std::int32_t> rows, std::int32_t n) {
+  if (std::ssize(rows) != n) return false;
+  for (std::int32_t i = 0; i < n; ++i)
+    if (rows[static_cast<std::size_t>(i)] != i) return false;
+  return true;
+}
+
+void takeSamples(const DaProblem& v, std::span<const std::int32_t> rows, const std::int32_t* classSize, DaFit& fit,
+                 Pace& pace) {
+  std::fill_n(fit.classSize.data(), v.g, 0);
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    const std::int32_t own = fit.tags[static_cast<std::ptrdiff_t>(i)] = classOfSample(v, rows[i]);
+    if (own > 0) ++fit.classSize[own - 1];
+  }
+  fit.samples = {v.x,
+                 fit.tags.data(),
+                 classSize != nullptr ? classSize : fit.classSize.data(),
+                 static_cast<std::int32_t>(rows.size()),
+                 v.p,
+                 v.g};
+  if (areAllInOrder(rows, v.n)) return;
+  const Matrix packed{fit.packed.data(), v.n};
+  packRows(v, rows, packed, pace);
+  fit.samples.x = {packed.data, packed.ld};
 }
 
 // Samples outside the model are held out by every fold, so that a tally may exceed its integer.
@@ -40,88 +55,84 @@ void countUp(std::int32_t& tally) {
   if (tally < std::numeric_limits<std::int32_t>::max()) ++tally;
 }
 
-void clearOutputs(const DaAnalysis& v, DaScratch& s) {
-  std::fill_n(v.selCount, v.p, 0);
-  for (std::int32_t c = 0; c < v.g; ++c) std::fill_n(v.confusion.column(c), v.g, 0);
-  std::fill_n(s.validated.data(), v.g, 0);
-  std::fill_n(s.correct.data(), v.g, 0);
-}
-
-// The selection on the training samples of a fold, counted from 0. Their classes are looked at again: the host, which
-// has been told of the fold, may have changed them, or the settings that say who trains.
-std::int32_t fitFold(const DaAnalysis& v, DaScratch& s, std::int32_t fold) {
-  const std::int32_t group = fold + 1;
-  std::int32_t nTrain = 0;
-  VldTrn(v.data.data, v.classOf, s.samples.data(), s.tags.data(), s.order.data(), s.heldOut.data(), s.usable.data(),
-         &v.n, &v.p, &nTrain, &group);
-  std::fill_n(s.classSize.data(), v.g, 0);
-  for (std::int32_t i = 0; i < nTrain; ++i)
-    if (isClass(s.tags[i], v.g)) ++s.classSize[s.tags[i] - 1];
-
-  const DaSamples training{{s.samples.data(), v.n}, s.tags.data(), s.classSize.data(), nTrain, v.p, v.g};
-  return selectSubset(training, v.rules, s.foldSelected.data(), {s.fold.means.data(), v.p}, {s.fold.within.data(), v.p},
-                      s.products.data(), nullptr, s.fold.model);
-}
-
-// Packs the held-out samples, as far as the fold's model looks at them; their number.
-std::int32_t packHeldOut(const DaAnalysis& v, DaScratch& s) {
-  std::int32_t nHeld = 0;
-  for (std::int32_t i = 0; i < v.n; ++i)
-    if (s.heldOut[i] == 1) {
-      for (std::int32_t a = 0; a < s.fold.model.m; ++a) {
-        const std::int32_t j = s.fold.model.variables[a];
-        Matrix{s.samples.data(), v.n}(nHeld, j) = v.data(i, j);
-      }
-      s.tags[nHeld++] = v.classOf[i];
-    }
-  return nHeld;
-}
-
-void classifyHeldOut(const DaAnalysis& v, DaScratch& s) {
-  const std::int32_t nHeld = packHeldOut(v, s);
-  SubsetModel& model = s.fold.model;
-  nearestClasses({s.samples.data(), v.n}, nHeld, {s.fold.means.data(), v.p}, v.g, model, v.distances);
-  if (model.m == 1) onlyCanonicalFunction(v.canonical);
-  for (std::int32_t i = 0; i < nHeld; ++i) {
-    if (!isClass(s.tags[i], v.g)) continue;
-    const std::int32_t own = s.tags[i] - 1, predicted = model.nearest[i] - 1;
-    countUp(v.confusion(own, predicted));
-    countUp(s.validated[own]);
-    if (predicted == own) countUp(s.correct[own]);
-  }
-}
-
-struct Course {
-  std::int32_t status;
-  bool selectionFailed;
-};
-
-// All folds of the plan that cvGroups gives, up to the first that fails.
-Course runFolds(const DaAnalysis& v, DaScratch& s) {
-  clearOutputs(v, s);
-  orderForValidation(v, s);
-  const std::int32_t nFolds = cvFolds;
-  for (std::int32_t fold = 0; fold < nFolds; ++fold) {
-    const std::int32_t report = fold + 1;
-    updateminorprogress(&v.monitor, &report, &nFolds, v.continueFlag);
-    if (*v.continueFlag == 0) return {kStopped, false};
-    if (const std::int32_t status = fitFold(v, s, fold); status != kDone) return {status, true};
-    for (std::int32_t j = 0; j < v.p; ++j) v.selCount[j] += s.foldSelected[j] == 1 ? 1 : 0;
-    classifyHeldOut(v, s);
-  }
-  return {kDone, false};
-}
-
 }  // namespace
 
-std::int32_t crossValidate(const DaAnalysis& v, DaScratch& s) {
-  Course course = runFolds(v, s);
-  if (!course.selectionFailed || cvGroups == kOneSampleAGroup) return course.status;
-  const std::int32_t asked = cvGroups;
-  cvGroups = kOneSampleAGroup;
-  course = runFolds(v, s);
-  if (course.selectionFailed) cvGroups = asked;
-  return course.status;
+std::int32_t classOfSample(const DaProblem& v, std::int32_t row) {
+  const std::int64_t fromZero = std::int64_t{v.classOf[row]} - v.firstClass;
+  return fromZero >= 0 && fromZero < v.g ? static_cast<std::int32_t>(fromZero) + 1 : 0;
+}
+
+DaFit::DaFit(Arena& arena, const DaSizes& size)
+    : packed(arena, area(size.n, size.p)),
+      means(arena, area(size.p, size.g)),
+      products(arena, size.whole ? productScratch(size.p) : 0),
+      covariance(arena, size.p, size.most),
+      tags(arena, size.n),
+      classSize(arena, size.g),
+      model(arena, size.n, size.most) {}
+
+std::int32_t fitRows(const DaProblem& v, std::span<const std::int32_t> rows, const std::int32_t* classSize,
+                     std::int32_t* selected, const DaSteps* steps, DaFit& fit, Pace& pace) {
+  clearSelection(v.rules, v.p, selected, steps);
+  takeSamples(v, rows, classSize, fit, pace);
+  if (!canBePooled(fit.samples)) return kSingular;
+  const Matrix means{fit.means.data(), v.p}, whole{fit.covariance.columns.data(), v.p};
+  if (pace.stopped()) return kStopped;
+  if (v.rules.takesAll()) {
+    poolCovariance(fit.samples, means, whole, fit.products.data(), pace);
+    fit.within = PooledCovariance({whole.data, v.p});
+  } else {
+    fit.within = PooledCovariance(fit.samples, means, fit.covariance, pace);
+  }
+  return selectSubset({fit.samples, {means.data, v.p}, fit.within, fit.model, pace}, v.rules, selected, steps);
+}
+
+void countResubstituted(DaFit& fit, MatrixView<std::int32_t> confusion, Pace& pace) {
+  const DaSamples& samples = fit.samples;
+  for (std::int32_t c = 0; c < samples.g; ++c) std::fill_n(confusion.column(c), samples.g, 0);
+  nearestClasses({samples.x, samples.n}, {fit.means.data(), samples.p}, samples.g, fit.model, kNoDistances, pace,
+                 OneVariable::kWeighted);
+  for (std::int32_t i = 0; i < samples.n && !pace.stopped(); ++i)
+    ++confusion(samples.classOf[i] - 1, fit.model.nearest[i] - 1);
+}
+
+DiscriminantFold runFold(const DaProblem& v, const engine::FoldRows& rows, DaFoldScratch& s, Pace& pace) {
+  DiscriminantFold fold;
+  fold.rows = rows;
+  const std::int32_t status = fitRows(v, rows.training, nullptr, s.selected.data(), nullptr, s.fit, pace);
+  fold.status = static_cast<Status>(status);
+  if (status != kDone) return fold;
+
+  const auto nHeld = static_cast<std::int32_t>(rows.heldOut.size());
+  SubsetModel& model = s.fit.model;
+  nearestClasses({v.x, nHeld, rows.heldOut.data()}, {s.fit.means.data(), v.p}, v.g, model,
+                 MatrixView<double>{s.distances.data(), v.n}, pace);
+  if (pace.stopped()) fold.status = Status::Stopped;
+  if (fold.status != Status::Done) return fold;
+  for (std::int32_t i = 0; i < nHeld; ++i) s.predicted[i] = model.nearest[i] - 1;
+  fold.variables = {model.variables.data(), static_cast<std::size_t>(model.m)};
+  fold.predicted = {s.predicted.data(), rows.heldOut.size()};
+  fold.distances = {s.distances.data(), nHeld, v.g, v.n};
+  return fold;
+}
+
+void DaCounts::clear(std::int32_t p, std::int32_t g) const {
+  std::fill_n(selCount, p, 0);
+  for (std::int32_t c = 0; c < g; ++c) std::fill_n(confusion.column(c), g, 0);
+  std::fill_n(validated, g, 0);
+  std::fill_n(correct, g, 0);
+}
+
+void addFold(const DaProblem& v, const DiscriminantFold& fold, const DaCounts& counts) {
+  if (fold.status != Status::Done) return;
+  for (const std::int32_t j : fold.variables) ++counts.selCount[j];
+  for (std::size_t i = 0; i < fold.rows.heldOut.size(); ++i) {
+    const std::int32_t own = classOfSample(v, fold.rows.heldOut[i]) - 1, predicted = fold.predicted[i];
+    if (own < 0) continue;
+    countUp(counts.confusion(own, predicted));
+    countUp(counts.validated[own]);
+    if (predicted == own) countUp(counts.correct[own]);
+  }
 }
 
 }  // namespace studystats::core

@@ -18,17 +18,10 @@ constexpr float kGrowth = 1.05F;                // of the distance sum, that mak
 constexpr float kComplete = 0.999999F;          // a fraction that cannot be bettered
 constexpr std::int32_t kMostCounted = 1 << 24;  // a 32-bit tally that grows by 1 grows no further
 
-enum SelectMode : std::int32_t { kAutomatic = 0, kToCount = 1, kAllOrEveryStep = 2 };
-
-struct Candidate {
-  std::int32_t variable = -1;  // counted from 0
-  float fraction = 0.0F, distance = 0.0F;
-};
-
 bool withinTolerance(float a, float b) { return std::fabs(a - b) <= kTolerance; }
 
 // Whether the subset in hand beats the best; if it does, both its scores are filled in and its samples classified.
-bool beats(const SubsetFit& fit, Candidate& candidate, const Candidate& best) {
+bool beats(const SubsetFit& fit, DaCandidate& candidate, const DaCandidate& best) {
   if (fit.samples.g == 2) {
     candidate.fraction = fit.fractionCorrect();
     const bool better = candidate.fraction > best.fraction;
@@ -45,23 +38,24 @@ bool beats(const SubsetFit& fit, Candidate& candidate, const Candidate& best) {
 
 // The best variable to add, if any; kDone, or the status of the first subset that fails. Class fractions of the best go
 // to row `step` of steps.
-std::int32_t findCandidate(const SubsetFit& fit, std::int32_t* selected, const DaSteps* steps, std::int32_t step,
-                           Candidate& best) {
+std::int32_t findCandidate(const SubsetFit& fit, const std::int32_t* selected, const DaSteps* steps, std::int32_t step,
+                           DaCandidate& best) {
   for (std::int32_t j = 0; j < fit.samples.p; ++j) {
     if (selected[j] == 1) continue;
-    selected[j] = 1;
-    const std::int32_t status = fit.take(selected);
-    selected[j] = 0;
+    insertVariable(j, fit.model);
+    const std::int32_t status = fit.build();
+    DaCandidate candidate{.variable = j};
+    const bool taken = status == kDone && beats(fit, candidate, best);
+    if (taken && steps != nullptr) fit.classFractions(&steps->classFraction(step, 0), steps->classFraction.ld);
+    removeVariable(j, fit.model);
+    if (fit.pace.stopped()) return kStopped;
     if (status != kDone) return status;
-    Candidate candidate{.variable = j};
-    if (!beats(fit, candidate, best)) continue;
-    best = candidate;
-    if (steps != nullptr) fit.classFractions(&steps->classFraction(step, 0), steps->classFraction.ld);
+    if (taken) best = candidate;
   }
   return kDone;
 }
 
-bool refused(const DaRules& rules, const Candidate& best, const Candidate& last) {
+bool refused(const DaRules& rules, const DaCandidate& best, const DaCandidate& last) {
   if (best.variable < 0) return true;
   if (rules.mode != kAutomatic) return false;
   return last.fraction > best.fraction ||
@@ -74,70 +68,84 @@ bool complete(const DaRules& rules, std::int32_t nSteps, float fraction) {
   return rules.mode == kToCount && nSteps >= rules.nSelect;
 }
 
+void recordStep(const DaSteps* steps, std::int32_t step, const DaCandidate& taken) {
+  if (steps == nullptr) return;
+  steps->fraction[step] = taken.fraction;
+  steps->order[step] = taken.variable + 1;
+  if (steps->distance != nullptr) steps->distance[step] = taken.distance;
+  *steps->nSteps = step + 1;
+}
+
 std::int32_t selectForward(const SubsetFit& fit, const DaRules& rules, std::int32_t* selected, const DaSteps* steps) {
-  Candidate last;
+  DaCandidate last;
+  fit.model.m = 0;
   for (std::int32_t nSteps = 0;;) {
-    Candidate best;
+    DaCandidate best;
     if (const std::int32_t status = findCandidate(fit, selected, steps, nSteps, best); status != kDone) return status;
-    if (refused(rules, best, last)) break;
-    selected[best.variable] = 1;
-    if (steps != nullptr) {
-      steps->fraction[nSteps] = best.fraction;
-      steps->order[nSteps] = best.variable + 1;
-      *steps->nSteps = nSteps + 1;
+    if (refused(rules, best, last)) {
+      if (steps != nullptr && steps->refused != nullptr) *steps->refused = best;
+      break;
     }
+    selected[best.variable] = 1;
+    insertVariable(best.variable, fit.model);
+    recordStep(steps, nSteps, best);
     last = best;
     if (complete(rules, ++nSteps, best.fraction)) break;
+    fit.within.require(best.variable, fit.pace);
   }
-  return fit.take(selected);
+  return fit.build();
 }
 
 std::int32_t selectAll(const SubsetFit& fit, const std::int32_t* selected, const DaSteps* steps) {
-  const std::int32_t status = fit.take(selected);
+  chooseVariables(selected, fit.samples.p, fit.model);
+  const std::int32_t status = fit.build();
   if (status != kDone || steps == nullptr) return status;
-  steps->fraction[0] = fit.fractionCorrect();
-  steps->order[0] = 0;
+  recordStep(steps, 0, {-1, fit.fractionCorrect(), steps->distance != nullptr ? fit.separation() : 0.0F});
   fit.classFractions(steps->classFraction.data, steps->classFraction.ld);
-  *steps->nSteps = 1;
   return kDone;
 }
 
 }  // namespace
 
-std::int32_t SubsetFit::take(const std::int32_t* selected) const {
-  chooseVariables(selected, samples.p, model);
+std::int32_t mostVariables(const DaRules& rules, std::int32_t p) {
+  if (rules.takesAll()) return p;
+  const std::int32_t steps = rules.mode == kToCount ? std::min(rules.nSelect, rules.maxSteps) : rules.maxSteps;
+  return std::min(p, std::max(steps, 1));
+}
+
+std::int32_t SubsetFit::build() const {
   if (model.m < 1) return kNotConverged;
-  if (model.m > 1) return invertCovariance(moments.within, model);
-  invertVariance(moments.within, model);
-  return kDone;
+  if (model.m > 1) return invertCovariance(within, model, pace);
+  invertVariance(within, model);
+  return pace.stopped() ? kStopped : kDone;
 }
 
 float SubsetFit::fractionCorrect() const {
-  nearestClasses(samples.x, samples.n, moments.means, samples.g, model, {nullptr, 0});
+  nearestClasses({samples.x, samples.n}, means, samples.g, model, kNoDistances, pace);
   std::int32_t correct = 0;
   for (std::int32_t i = 0; i < samples.n; ++i) correct += model.nearest[i] == samples.classOf[i] ? 1 : 0;
   return static_cast<float>(correct) / static_cast<float>(samples.n);
 }
 
-float SubsetFit::separation() const { return classSeparation(moments, samples.g, model); }
+float SubsetFit::separation() const { return classSeparation(means, within, samples.g, model, pace); }
 
 void SubsetFit::classFractions(float* shares, std::ptrdiff_t stride) const {
-  for (std::int32_t c = 1; c <= samples.g; ++c, shares += stride) {
+  for (std::int32_t c = 1; c <= samples.g && pace.goOn(samples.n); ++c, shares += stride) {
     std::int32_t correct = 0;
     for (std::int32_t i = 0; i < samples.n; ++i) correct += samples.classOf[i] == c && model.nearest[i] == c ? 1 : 0;
     *shares = static_cast<float>(std::min(correct, kMostCounted)) / static_cast<float>(samples.classSize[c - 1]);
   }
 }
 
-std::int32_t selectSubset(const DaSamples& samples, const DaRules& rules, std::int32_t* selected, Matrix means,
-                          Matrix within, double* products, const DaSteps* steps, SubsetModel& model) {
-  const bool useAll = rules.mode == kAllOrEveryStep && rules.nSelect < 1;
+void clearSelection(const DaRules& rules, std::int32_t p, std::int32_t* selected, const DaSteps* steps) {
   if (steps != nullptr) *steps->nSteps = 0;
-  std::fill_n(selected, std::max(samples.p, 0), useAll ? 1 : 0);
-  if (!canBePooled(samples)) return kSingular;
-  poolCovariance(samples, means, within, products);
-  const SubsetFit fit{samples, {{means.data, means.ld}, {within.data, within.ld}}, model};
-  return useAll ? selectAll(fit, selected, steps) : selectForward(fit, rules, selected, steps);
+  std::fill_n(selected, std::max(p, 0), rules.takesAll() ? 1 : 0);
+}
+
+std::int32_t selectSubset(const SubsetFit& fit, const DaRules& rules, std::int32_t* selected, const DaSteps* steps) {
+  const std::int32_t status =
+      rules.takesAll() ? selectAll(fit, selected, steps) : selectForward(fit, rules, selected, steps);
+  return fit.pace.stopped() ? kStopped : status;
 }
 
 }  // namespace studystats::core

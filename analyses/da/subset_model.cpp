@@ -30,14 +30,13 @@ void squares(const double* __restrict d, int lanes, double* __restrict squared) 
   for (int q = 0; q < lanes; ++q) squared[q] = d[q] * d[q];
 }
 
-// squared(q) = d(., q)' W d(., q). Rows of W and of d are padded with zeros to whole kVariables: adding 0 * 0 to a sum
-// that began at +0 changes no bit of it.
+// squared(q) += d(., q)' W d(., q), the terms of rows first ... last - 1 of W. Rows of W and of d are padded with zeros
+// to whole kVariables: adding 0 * 0 to a sum that began at +0 changes no bit of it.
 STUDYSTATS_MULTIVERSION
-void quadraticForms(const double* __restrict weights, std::ptrdiff_t m, std::ptrdiff_t nPadded,
-                    const double* __restrict d, int lanes, double* __restrict squared) {
+void addQuadraticForms(const double* __restrict weights, std::ptrdiff_t first, std::ptrdiff_t last,
+                       std::ptrdiff_t nPadded, const double* __restrict d, int lanes, double* __restrict squared) {
   alignas(64) double inner[kStrip];
-  for (int q = 0; q < lanes; ++q) squared[q] = 0.0;
-  for (std::ptrdiff_t j = 0; j < m; ++j) {
+  for (std::ptrdiff_t j = first; j < last; ++j) {
     const double* w = weights + j * nPadded;
     for (int q = 0; q < lanes; ++q) {
       double sum = 0.0;
@@ -69,18 +68,21 @@ void keepNearer(const double* __restrict squared, double c, int lanes, double* _
 }
 
 // Squared lengths of the first `lanes` columns of model.deviations.
-void squaredLengths(SubsetModel& model, OneVariable one, int lanes, double* squared) {
+void squaredLengths(SubsetModel& model, OneVariable one, int lanes, double* squared, Pace& pace) {
   const std::ptrdiff_t nPadded = padded(model.m, kVariables);
   double* d = model.deviations.data();
   if (model.m == 1 && one == OneVariable::kPlain) return squares(d, lanes, squared);
   for (std::ptrdiff_t k = model.m; k < nPadded; ++k) std::fill_n(d + k * kStrip, lanes, 0.0);
-  quadraticForms(model.weights.data(), model.m, nPadded, d, lanes, squared);
+  std::fill_n(squared, lanes, 0.0);
+  pace.inParts(model.m, 2 * lanes * nPadded, 1, [&](std::int32_t first, std::int32_t last) {
+    addQuadraticForms(model.weights.data(), first, last, nPadded, d, lanes, squared);
+  });
 }
 
 template <class Weight>
-void setWeights(SubsetModel& model, Weight weight) {
+void setWeights(SubsetModel& model, Weight weight, Pace& pace) {
   const std::ptrdiff_t nPadded = padded(model.m, kVariables);
-  for (std::int32_t a = 0; a < model.m; ++a) {
+  for (std::int32_t a = 0; a < model.m && pace.goOn(8 * nPadded); ++a) {  // cache lines are read
     double* row = model.weights.data() + a * nPadded;
     for (std::int32_t b = 0; b < model.m; ++b) row[b] = weight(a, b);
     std::fill(row + model.m, row + nPadded, 0.0);
@@ -88,10 +90,18 @@ void setWeights(SubsetModel& model, Weight weight) {
 }
 
 // Row a of the deviations from the means of class c: values of the a-th variable in up to kStrip samples.
-void takeDeviations(ConstMatrix x, std::ptrdiff_t row, int n, const double* means, SubsetModel& model, int lanes) {
+void takeDeviations(const RowsOf& rows, std::ptrdiff_t row, int n, const double* means, SubsetModel& model, int lanes) {
+  alignas(64) double listed[kStrip];
   for (std::int32_t a = 0; a < model.m; ++a) {
     double* d = model.deviations.data() + std::ptrdiff_t{a} * kStrip;
-    subtractCentre(x.column(model.variables[a]) + row, means[model.variables[a]], n, d);
+    const double* values = rows.x.column(model.variables[a]);
+    if (rows.list == nullptr) {
+      values += row;
+    } else {
+      for (int q = 0; q < n; ++q) listed[q] = values[rows.list[row + q]];
+      values = listed;
+    }
+    subtractCentre(values, means[model.variables[a]], n, d);
     std::fill(d + n, d + lanes, 0.0);
   }
 }
@@ -99,7 +109,7 @@ void takeDeviations(ConstMatrix x, std::ptrdiff_t row, int n, const double* mean
 // Distances between class means, pair after pair, kStrip pairs at a time.
 class PairTotal {
  public:
-  explicit PairTotal(SubsetModel& model) : model_(model) {}
+  PairTotal(SubsetModel& model, Pace& pace) : model_(model), pace_(pace) {}
 
   void add(const double* first, const double* second) {
     for (std::int32_t a = 0; a < model_.m; ++a) {
@@ -122,35 +132,36 @@ class PairTotal {
       std::fill(d + n_, d + lanes, 0.0);
     }
     alignas(64) double squared[kStrip];
-    squaredLengths(model_, OneVariable::kPlain, lanes, squared);
+    squaredLengths(model_, OneVariable::kPlain, lanes, squared, pace_);
     for (int q = 0; q < n_; ++q) total_ = static_cast<float>(total_ + std::sqrt(squared[q]));
     n_ = 0;
   }
 
   SubsetModel& model_;
+  Pace& pace_;
   int n_ = 0;
   float total_ = 0.0F;
 };
 
-float separationByOne(const DaMoments& moments, std::int32_t g, std::int32_t j) {
-  auto scale = static_cast<float>(std::sqrt(moments.within(j, j)));
+float separationByOne(ConstMatrix means, const PooledCovariance& within, std::int32_t g, std::int32_t j) {
+  auto scale = static_cast<float>(std::sqrt(within(j, j)));
   if (!(scale > 0.0F)) scale = 1.0F;
   float total = 0.0F;
   for (std::int32_t c = 0; c < g; ++c)
     for (std::int32_t other = c + 1; other < g; ++other)
-      total = static_cast<float>(total + std::fabs(moments.means(j, c) - moments.means(j, other)) / scale);
+      total = static_cast<float>(total + std::fabs(means(j, c) - means(j, other)) / scale);
   return total;
 }
 
 }  // namespace
 
-SubsetModel::SubsetModel(Arena& arena, std::int32_t n, std::int32_t p)
-    : variables(arena, p),
-      weights(arena, area(p, padded(p, kVariables))),
-      block(arena, area(p, p)),
-      deviations(arena, area(padded(p, kVariables), kStrip)),
+SubsetModel::SubsetModel(Arena& arena, std::int32_t n, std::int32_t most)
+    : variables(arena, most),
+      weights(arena, area(most, padded(most, kVariables))),
+      block(arena, area(most, most)),
+      deviations(arena, area(padded(most, kVariables), kStrip)),
       nearest(arena, n),
-      inverse(arena, p) {}
+      inverse(arena, most) {}
 
 void chooseVariables(const std::int32_t* selected, std::int32_t p, SubsetModel& model) {
   model.m = 0;
@@ -158,59 +169,82 @@ void chooseVariables(const std::int32_t* selected, std::int32_t p, SubsetModel& 
     if (selected[j] == 1) model.variables[model.m++] = j;
 }
 
-std::int32_t invertCovariance(ConstMatrix within, SubsetModel& model) {
+void insertVariable(std::int32_t j, SubsetModel& model) {
+  std::int32_t a = model.m++;
+  for (; a > 0 && model.variables[a - 1] > j; --a) model.variables[a] = model.variables[a - 1];
+  model.variables[a] = j;
+}
+
+void removeVariable(std::int32_t j, SubsetModel& model) {
+  std::int32_t* end = model.variables.data() + model.m--;
+  std::int32_t* place = std::find(model.variables.data(), end, j);
+  std::copy(place + 1, end, place);
+}
+
+std::int32_t invertCovariance(const PooledCovariance& within, SubsetModel& model, Pace& pace) {
   const std::int32_t m = model.m;
   const std::int32_t* variables = model.variables.data();
   const Matrix block{model.block.data(), m};
-  for (std::int32_t b = 0; b < m; ++b) {
-    const double* column = within.column(variables[b]);
-    for (std::int32_t a = 0; a < m; ++a) block(a, b) = column[variables[a]];
+  for (std::int32_t b = 0; b < m && pace.goOn(2 * std::int64_t{m}); ++b) {
+    for (std::int32_t a = 0; a < m; ++a) block(a, b) = within(variables[a], variables[b]);
     if (block(b, b) == 0.0) block(b, b) = 1.0;
   }
-  Pace unasked;
-  if (invert(m, block, model.inverse, unasked) != kDone) return kSingular;
+  if (pace.stopped()) return kStopped;
+  if (const std::int32_t status = invert(m, block, model.inverse, pace); status != kDone) return status;
 
-  setWeights(model, [block](std::int32_t a, std::int32_t b) { return block(a, b); });
-  return kDone;
+  setWeights(
+      model, [block](std::int32_t a, std::int32_t b) { return block(a, b); }, pace);
+  return pace.stopped() ? kStopped : kDone;
 }
 
-void invertVariance(ConstMatrix within, SubsetModel& model) {
+void invertVariance(const PooledCovariance& within, SubsetModel& model) {
   const std::int32_t j = model.variables[0];
-  setWeights(model, [=](std::int32_t, std::int32_t) { return 1.0 / within(j, j); });
+  model.weights[0] = 1.0 / within(j, j);
+  std::fill_n(model.weights.data() + 1, kVariables - 1, 0.0);
 }
 
 void takeWeights(ConstMatrix winv, SubsetModel& model) {
   const std::int32_t* variables = model.variables.data();
-  setWeights(model, [=](std::int32_t a, std::int32_t b) { return winv(variables[a], variables[b]); });
+  Pace unasked;
+  setWeights(
+      model, [=](std::int32_t a, std::int32_t b) { return winv(variables[a], variables[b]); }, unasked);
 }
 
-void nearestClasses(ConstMatrix x, std::int32_t n, ConstMatrix means, std::int32_t g, SubsetModel& model,
-                    MatrixView<float> distances, OneVariable one) {
+template <class Real>
+void nearestClasses(const RowsOf& rows, ConstMatrix means, std::int32_t g, SubsetModel& model,
+                    MatrixView<Real> distances, Pace& pace, OneVariable one) {
   alignas(64) double squared[kStrip], least[kStrip], nearest[kStrip];
-  for (std::ptrdiff_t row = 0; row < n; row += kStrip) {
-    const auto rows = static_cast<int>(std::min<std::ptrdiff_t>(kStrip, n - row));
-    const auto lanes = static_cast<int>(padded(rows, kLanes));
+  for (std::ptrdiff_t row = 0; row < rows.n; row += kStrip) {
+    const auto n = static_cast<int>(std::min<std::ptrdiff_t>(kStrip, rows.n - row));
+    const auto lanes = static_cast<int>(padded(n, kLanes));
     std::fill_n(nearest, lanes, g < 1 ? 0.0 : 1.0);
     for (std::int32_t c = 0; c < g; ++c) {
-      takeDeviations(x, row, rows, means.column(c), model, lanes);
-      squaredLengths(model, one, lanes, squared);
+      takeDeviations(rows, row, n, means.column(c), model, lanes);
+      squaredLengths(model, one, lanes, squared, pace);
+      if (!pace.goOn(4 * lanes * std::int64_t{model.m})) return;
       if (c == 0)
         std::copy_n(squared, lanes, least);
       else
         keepNearer(squared, c + 1, lanes, least, nearest);
-      for (int q = 0; distances.data != nullptr && q < rows; ++q)
-        distances(row + q, c) = static_cast<float>(std::sqrt(squared[q]));
+      for (int q = 0; distances.data != nullptr && q < n; ++q)
+        distances(row + q, c) = static_cast<Real>(std::sqrt(squared[q]));
     }
-    for (int q = 0; q < rows; ++q) model.nearest[row + q] = static_cast<std::int32_t>(nearest[q]);
+    for (int q = 0; q < n; ++q) model.nearest[row + q] = static_cast<std::int32_t>(nearest[q]);
   }
 }
 
-float classSeparation(const DaMoments& moments, std::int32_t g, SubsetModel& model) {
-  if (model.m == 1) return separationByOne(moments, g, model.variables[0]);
-  PairTotal pairs(model);
+template void nearestClasses(const RowsOf&, ConstMatrix, std::int32_t, SubsetModel&, MatrixView<float>, Pace&,
+                             OneVariable);
+template void nearestClasses(const RowsOf&, ConstMatrix, std::int32_t, SubsetModel&, MatrixView<double>, Pace&,
+                             OneVariable);
+
+float classSeparation(ConstMatrix means, const PooledCovariance& within, std::int32_t g, SubsetModel& model,
+                      Pace& pace) {
+  if (model.m == 1) return separationByOne(means, within, g, model.variables[0]);
+  PairTotal pairs(model, pace);
   for (std::int32_t c = 0; c < g; ++c)
-    for (std::int32_t other = c + 1; other < g; ++other)
-      pairs.add(moments.means.column(c), moments.means.column(other));
+    for (std::int32_t other = c + 1; other < g && pace.goOn(2 * std::int64_t{model.m}); ++other)
+      pairs.add(means.column(c), means.column(other));
   return pairs.total();
 }
 

@@ -50,7 +50,7 @@ struct DiscriminantTask {
 struct DiscriminantStep {
   std::int32_t variable;                  // from 0; -1: all of them at once
   float fraction;                         // of the rows of the fit that are nearest to their own class, after the step
-  float distances;                        // sum of the distances between class means; not a number for all at once
+  float distances;                        // sum of the distances between class means
   std::span<const float> classFractions;  // the same fraction by class; not a number for a class without rows
 };
 
@@ -113,13 +113,14 @@ class STUDYSTATS_API Discriminant {
   Status fit(const Checkpoint& checkpoint = {});
   const DiscriminantModel& model() const;
 
-  // The canonical functions of the model, after fit. Done; NotConverged; Stopped; NoMemory. With one variable there is
-  // one function: eigenvalue and vector 1.
+  // The canonical functions of the model, in memory obtained here; the views last until the next call or fit. Of m
+  // variables they take m^4 / 2 multiplications. Done; NotConverged (both scatters are there); Singular without a
+  // model; Stopped; NoMemory.
   Status canonical(CanonicalModel& canonical, const Checkpoint& checkpoint = {});
 
-  // Distances of rows of any table with the same columns to the class means of the model, after fit, and their nearest
-  // classes. rows empty: all of them; distances has as many rows as are asked for, and one column a class, ld at least
-  // that many; predicted as many numbers, or none. Done or Stopped.
+  // Distances of rows of any table with the same columns to the class means of the model, and their nearest classes.
+  // rows empty: all of them. distances has as many rows as are asked for, ld at least, and a column a class; predicted
+  // as many numbers, or none. Done; Singular without a model; Stopped.
   Status place(const Table& table, std::span<const std::int32_t> rows, double* distances, std::int32_t ld,
                std::span<std::int32_t> predicted, const Checkpoint& checkpoint = {});
 
