@@ -2,17 +2,15 @@
 
 #include "host/preparation/preparation.h"
 
-#include <studystats/analyses.h>
+#include <studystats/engine.h>
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
+#include <new>
 #include <numeric>
 
 namespace studystats {
 namespace {
-
-constexpr double kUnset = std::numeric_limits<double>::quiet_NaN();
 
 struct Axes {
   std::vector<double> sumsOfSquares;  // eigenvalue * (n - 1), largest first
@@ -20,15 +18,16 @@ struct Axes {
 };
 
 Axes principalAxes(const Grid& block) {
-  const std::size_t n = block.rows, p = block.columns;
-  std::vector<double> eigenvalues(p, kUnset), covariance(p * p, kUnset), explained(p * p, kUnset),
-      scores(n * p, kUnset), means(p, kUnset), deviations(p, kUnset);
-  Axes axes{{}, {p, p, std::vector<double>(p * p, kUnset)}};
-  std::int32_t supported = 0, status = 0;
-  PCAnal(block.values.data(), count32(n), count32(p), &supported, eigenvalues.data(), axes.vectors.values.data(),
-         covariance.data(), explained.data(), scores.data(), means.data(), deviations.data(), &status);
-  if (status != 0) throw NotComputed("the canonical functions did not converge. Try --scale autoscale.");
-  for (const double eigenvalue : eigenvalues) axes.sumsOfSquares.push_back(eigenvalue * static_cast<double>(n - 1));
+  const std::int32_t n = count32(block.rows), p = count32(block.columns);
+  engine::PrincipalComponents components({.table = {block.values.data(), n, p, n}, .scores = false});
+  const engine::Status status = components.fit();
+  if (status == engine::Status::NoMemory) throw std::bad_alloc();
+  if (status != engine::Status::Done)
+    throw NotComputed("the canonical functions did not converge. Try --scale autoscale.");
+  const engine::PrincipalComponentsModel& model = components.model();
+  Axes axes{{}, {block.columns, block.columns, {}}};
+  axes.vectors.values.assign(model.loadings.data, model.loadings.data + block.columns * block.columns);
+  for (const double eigenvalue : model.eigenvalues) axes.sumsOfSquares.push_back(eigenvalue * (n - 1));
   return axes;
 }
 

@@ -1,8 +1,6 @@
 // Discriminant analysis of a table: preparation, the analysis, and what its classes are worth.
 //
-// The validated call is given the rows of known class alone: its fraction divides by all the rows passed, and rows
-// outside the model shift class means and folds. A second call, whose only fold holds out rows outside the model,
-// places the others.
+// The engine is given the rows of known class alone; its classifier places the others.
 #include "host/da/discriminant.h"
 
 #include "host/da/canonical.h"
@@ -20,53 +18,13 @@
 namespace studystats {
 namespace {
 
-constexpr float kComplete = 0.999999f;  // a fraction correct at which the automatic selection ends
+constexpr double kComplete = 0.999999;  // a fraction correct at which the automatic selection ends
 constexpr double kGrowth = 1.05;        // of the distances, wanted of a step that leaves the fraction as it is
 
-std::vector<std::size_t> everyRow(const PreparedDiscriminant& prepared) {
-  std::vector<std::size_t> rows(prepared.classOf.size());
-  std::iota(rows.begin(), rows.end(), std::size_t{0});
-  return rows;
-}
-
-std::vector<std::string> chosenNames(const DiscriminantCall& call, const UsedData& used) {
+std::vector<std::string> namesOf(const std::vector<std::size_t>& chosen, const UsedData& used) {
   std::vector<std::string> names;
-  for (const std::size_t j : call.chosen()) names.push_back(used.descriptors[j]);
+  for (const std::size_t j : chosen) names.push_back(used.descriptors[j]);
   return names;
-}
-
-// n rows in g classes have n - g directions within classes; more descriptors than that depend on each other, which
-// rounding may hide from the analysis.
-[[noreturn]] void refuseTooMany(std::size_t descriptors, const PreparedDiscriminant& prepared) {
-  const std::size_t n = prepared.classOf.size(), g = prepared.classes();
-  throw NotComputed(
-      fmt::format("{} descriptors are too many for {} rows in {} classes: the covariance within classes is "
-                  "singular. Try --select {}, or fewer --columns.",
-                  descriptors, n, g, std::max<std::size_t>(1, (n - g) / 3)));
-}
-
-[[noreturn]] void refuseStatus(const DiscriminantCall& call, const PreparedDiscriminant& prepared) {
-  const UsedData& used = prepared.data.used;
-  const std::size_t n = prepared.classOf.size(), g = prepared.classes();
-  if (call.status == 2)
-    throw NotComputed("no descriptor tells the classes apart: each has the same mean in every class.");
-  const std::string culprits = withinClassCulprits(prepared, everyRow(prepared));
-  if (!culprits.empty())
-    throw NotComputed(fmt::format("the covariance within classes became singular: {}. Try --exclude.", culprits));
-  const std::vector<std::string> chosen = chosenNames(call, used);
-  if (chosen.size() + 1 > n - g) refuseTooMany(chosen.size() + 1, prepared);
-  throw NotComputed(
-      fmt::format("the covariance within classes became singular when a descriptor was added to {}: it depends on them "
-                  "within every class. Try --select {}, or --exclude one of them.",
-                  chosen.empty() ? "none" : listed(chosen, 8), std::max<std::size_t>(1, chosen.size())));
-}
-
-Confusion confusionOf(const std::vector<std::int32_t>& counts, std::size_t classes) {
-  Confusion confusion{classes, std::vector<std::size_t>(classes * classes)};
-  for (std::size_t t = 0; t < classes; ++t)
-    for (std::size_t q = 0; q < classes; ++q)
-      confusion.counts[t * classes + q] = static_cast<std::size_t>(counts[t + q * classes]);
-  return confusion;
 }
 
 std::vector<double> priorsOf(const PreparedDiscriminant& prepared, const Priors& priors) {
@@ -95,19 +53,22 @@ double sumOfDistances(const PreparedDiscriminant& prepared, const std::vector<st
   return sum;
 }
 
-std::vector<DiscriminantStep> stepsOf(const DiscriminantCall& call, const PreparedDiscriminant& prepared) {
+DiscriminantStep stepOf(const TakenStep& taken, const PreparedDiscriminant& prepared,
+                        const std::vector<std::size_t>& chosen) {
+  return {prepared.data.used.descriptors[taken.descriptor], taken.fraction, taken.classFractions,
+          sumOfDistances(prepared, chosen)};
+}
+
+void insertInOrder(std::size_t descriptor, std::vector<std::size_t>& chosen) {
+  chosen.insert(std::lower_bound(chosen.begin(), chosen.end(), descriptor), descriptor);
+}
+
+std::vector<DiscriminantStep> stepsOf(const FittedClassifier& fitted, const PreparedDiscriminant& prepared) {
   std::vector<DiscriminantStep> steps;
-  std::vector<std::size_t> taken;
-  for (std::size_t k = 0; k < static_cast<std::size_t>(call.nSteps) && call.selectOrder[k] > 0; ++k) {
-    const auto j = static_cast<std::size_t>(call.selectOrder[k] - 1);
-    taken.insert(std::lower_bound(taken.begin(), taken.end(), j), j);
-    DiscriminantStep step;
-    step.descriptor = prepared.data.used.descriptors[j];
-    step.fraction = static_cast<double>(call.stepFraction[k]);
-    for (std::size_t c = 0; c < prepared.classes(); ++c)
-      step.classFractions.push_back(static_cast<double>(call.stepClassFraction[k + c * call.selectOrder.size()]));
-    step.distances = sumOfDistances(prepared, taken);
-    steps.push_back(std::move(step));
+  std::vector<std::size_t> chosen;
+  for (const TakenStep& taken : fitted.steps) {
+    insertInOrder(taken.descriptor, chosen);
+    steps.push_back(stepOf(taken, prepared, chosen));
   }
   return steps;
 }
@@ -119,40 +80,39 @@ std::string ordinal(std::size_t n) {
   return fmt::format("a {}th", n);
 }
 
-// Why the automatic selection went no further: the step that it refused is taken by a call for one descriptor more.
-std::string refusedStep(const PreparedDiscriminant& prepared, const std::vector<DiscriminantStep>& steps,
-                        Watch& watch) {
-  const std::size_t next = steps.size() + 1;
-  const CallSettings further{.selectMode = 1, .nSelect = count32(next)};
-  const DiscriminantCall call =
-      callDiscriminant(allRows(prepared), prepared.classes(), further, prepared.folds.seed, watch, {"", 60, 62});
-  if (static_cast<std::size_t>(call.nSteps) < next) return "no further descriptor tells the classes apart";
-  const DiscriminantStep refused = stepsOf(call, prepared).back();
-  const std::string candidate = fmt::format("{} ({})", ordinal(next), refused.descriptor);
-  if (static_cast<float>(refused.fraction) < static_cast<float>(steps.back().fraction))
+// Why the automatic selection went no further.
+std::string refusedStep(const FittedClassifier& fitted, const PreparedDiscriminant& prepared,
+                        const std::vector<DiscriminantStep>& steps) {
+  if (!fitted.refused) return "no further descriptor tells the classes apart";
+  std::vector<std::size_t> chosen = fitted.chosen;
+  insertInOrder(fitted.refused->descriptor, chosen);
+  const DiscriminantStep refused = stepOf(*fitted.refused, prepared, chosen);
+  const std::string candidate = fmt::format("{} ({})", ordinal(steps.size() + 1), refused.descriptor);
+  if (refused.fraction < steps.back().fraction)
     return fmt::format("{} would lower the fraction correct to {}", candidate, percent(refused.fraction));
   return fmt::format(
       "{} would leave the fraction correct at {} and raise the sum of distances by {} only ({} is wanted)", candidate,
       percent(refused.fraction), percent(refused.distances / steps.back().distances - 1), percent(kGrowth - 1, 0));
 }
 
-std::string stopReasonOf(const DiscriminantCall& call, const PreparedDiscriminant& prepared,
-                         const DiscriminantOptions& options, const std::vector<DiscriminantStep>& steps, Watch& watch) {
-  const std::size_t descriptors = prepared.data.used.descriptors.size();
-  if (options.selection.kind == ClassSelection::Kind::All) return "every descriptor is taken";
-  if (steps.size() == descriptors) return "every descriptor is taken";
-  if (options.selection.kind == ClassSelection::Kind::Number)
-    return steps.size() == static_cast<std::size_t>(options.selection.number)
-               ? fmt::format("--select {} is reached", options.selection.number)
+std::string stopReasonOf(const FittedClassifier& fitted, const PreparedDiscriminant& prepared,
+                         const ClassSelection& selection, const std::vector<DiscriminantStep>& steps) {
+  if (selection.kind == ClassSelection::Kind::All || steps.size() == prepared.data.used.descriptors.size())
+    return "every descriptor is taken";
+  if (selection.kind == ClassSelection::Kind::Number)
+    return steps.size() == static_cast<std::size_t>(selection.number)
+               ? fmt::format("--select {} is reached", selection.number)
                : "no further descriptor tells the classes apart";
-  if (call.stepFraction[steps.size() - 1] >= kComplete) return "every row is in its own class";
-  return refusedStep(prepared, steps, watch);
+  if (steps.back().fraction >= kComplete) return "every row is in its own class";
+  return refusedStep(fitted, prepared, steps);
 }
 
-std::vector<ChosenDescriptor> descriptorsOf(const DiscriminantCall& call, const UsedData& used) {
+std::vector<ChosenDescriptor> descriptorsOf(const FittedClassifier& fitted, const FoldedDiscriminant& folds,
+                                            const UsedData& used) {
   std::vector<ChosenDescriptor> descriptors;
   for (std::size_t j = 0; j < used.descriptors.size(); ++j)
-    descriptors.push_back({used.descriptors[j], call.selected[j] == 1, static_cast<std::size_t>(call.cvSelCount[j])});
+    descriptors.push_back(
+        {used.descriptors[j], std::binary_search(fitted.chosen.begin(), fitted.chosen.end(), j), folds.timesChosen[j]});
   return descriptors;
 }
 
@@ -183,22 +143,17 @@ std::vector<DiscriminantClass> classesOf(const PreparedDiscriminant& prepared, c
   return classes;
 }
 
-// Classifies rows of the block: `at` is where they begin among the rows of the placing call.
+// Classifies rows; distances: the engine's, by row and class.
 class Placement {
  public:
-  Placement(const PreparedDiscriminant& prepared, const DiscriminantCall& call, const CanonicalSpace& space,
-            std::vector<double> priors)
-      : prepared_(prepared),
-        call_(call),
-        space_(space),
-        priors_(std::move(priors)),
-        rows_(call.distances.size() / prepared.classes()) {}
+  Placement(const PreparedDiscriminant& prepared, const CanonicalSpace& space, std::vector<double> priors)
+      : prepared_(prepared), space_(space), priors_(std::move(priors)) {}
 
-  DiscriminantRow place(const Grid& grid, std::size_t row, std::size_t at) const {
+  DiscriminantRow place(const Grid& grid, const Grid& distances, std::size_t row) const {
     DiscriminantRow placed;
     std::vector<double> given;
     for (std::size_t c = 0; c < prepared_.classes(); ++c) {
-      given.push_back(static_cast<double>(call_.distances[at + row + c * rows_]));
+      given.push_back(static_cast<double>(static_cast<float>(distances(row, c))));
       placed.distances.push_back(space_.distance(grid, row, c));
     }
     const std::size_t nearest = nearestClass(given, placed.distances);
@@ -214,40 +169,37 @@ class Placement {
 
  private:
   const PreparedDiscriminant& prepared_;
-  const DiscriminantCall& call_;
   const CanonicalSpace& space_;
   std::vector<double> priors_;
-  std::size_t rows_;
 };
 
-void addHeldOut(DiscriminantRow& row, const std::vector<HeldOut::Prediction>& predictions,
-                const std::vector<std::string>& names) {
+void addHeldOut(DiscriminantRow& row, const std::vector<HeldOut>& predictions, const std::vector<std::string>& names) {
   row.timesHeldOut = predictions.size();
   if (predictions.empty()) return;
   std::vector<std::size_t> votes(names.size(), 0);
-  for (const HeldOut::Prediction& prediction : predictions) ++votes[prediction.predicted];
+  for (const HeldOut& prediction : predictions) ++votes[prediction.group];
   const auto most = std::max_element(votes.begin(), votes.end()) - votes.begin();
   row.heldOutClass = names[static_cast<std::size_t>(most)];
   if (predictions.size() == 1) row.fold = predictions.front().fold;
   row.heldOutDistances.assign(names.size(), 0.0);
-  for (const HeldOut::Prediction& prediction : predictions)
+  for (const HeldOut& prediction : predictions)
     for (std::size_t c = 0; c < names.size(); ++c)
-      row.heldOutDistances[c] += prediction.distances[c] / static_cast<double>(predictions.size());
+      row.heldOutDistances[c] += prediction.values[c] / static_cast<double>(predictions.size());
 }
 
-void placeRows(Discriminant& result, const PreparedDiscriminant& prepared, const Placement& placement,
-               const std::optional<HeldOut>& heldOut) {
+void placeRows(Discriminant& result, const PreparedDiscriminant& prepared, const FittedClassifier& fitted,
+               const Placement& placement, const HeldOutRows& heldOut) {
   const Prepared& data = prepared.data;
   for (std::size_t i = 0; i < data.modelRows.size(); ++i) {
-    DiscriminantRow row = placement.place(data.model, i, 0);
+    DiscriminantRow row = placement.place(data.model, fitted.distances, i);
     row.name = data.modelRows[i].name;
     row.known = prepared.classNames[static_cast<std::size_t>(prepared.classOf[i] - 1)];
-    if (heldOut) addHeldOut(row, heldOut->rows[i], prepared.classNames);
+    if (result.validation) addHeldOut(row, heldOut[i], prepared.classNames);
     result.rows.push_back(std::move(row));
   }
   const std::vector<std::string> labels = labelsOf(data.predictedRows, result.classColumn);
   for (std::size_t i = 0; i < data.predictedRows.size(); ++i) {
-    DiscriminantRow row = placement.place(data.predicted, i, data.modelRows.size());
+    DiscriminantRow row = placement.place(data.predicted, fitted.predictedDistances, i);
     row.name = data.predictedRows[i].name;
     row.role = Role::Predicted;
     row.known = labels[i];
@@ -255,84 +207,60 @@ void placeRows(Discriminant& result, const PreparedDiscriminant& prepared, const
   }
 }
 
-// The plan of the folds that were run last: after a restart, one row a fold.
-FoldPlan planRun(const DiscriminantCall& call, const PreparedDiscriminant& prepared) {
-  FoldPlan plan = planOf(call.foldsPlanned, prepared.folds, prepared.classOf.size());
-  if (call.restartedAt == 0) return plan;
-  if (plan.kind == Folds::Kind::Systematic) plan.kind = Folds::Kind::LeaveOneOut;
-  plan.smallest = plan.largest = 1;
-  return plan;
-}
-
-// What spoilt fold `fold` (from 1) of the folds asked for.
-std::string spoiltFold(const DiscriminantCall& call, const PreparedDiscriminant& prepared, std::int32_t fold) {
-  const std::size_t n = prepared.classOf.size();
-  const std::size_t first =
-      prepared.folds.kind == Folds::Kind::Random       ? static_cast<std::size_t>(prepared.folds.draws.draws)
-      : prepared.folds.kind == Folds::Kind::Systematic ? static_cast<std::size_t>(prepared.folds.groups)
-                                                       : n;
-  const FoldPlan plan = planOf(count32(first), prepared.folds, n);
-  const RowsOfFolds folds(prepared.folds, plan, call.modelRows);
-  const std::string culprits = withinClassCulprits(prepared, folds[static_cast<std::size_t>(fold - 1)].training);
-  return fmt::format("fold {} of {} became singular{}", fold, plan.folds,
+std::string failing(const FailedFold& fold, const PreparedDiscriminant& prepared) {
+  const std::string culprits = withinClassCulprits(prepared, fold.training);
+  return fmt::format("fold {} of {} became singular{}", fold.fold, fold.folds,
                      culprits.empty() ? std::string() : fmt::format(" (in its training rows {})", culprits));
 }
 
-void judgeValidation(Discriminant& result, const DiscriminantCall& call, const PreparedDiscriminant& prepared) {
-  const std::size_t n = prepared.classOf.size(), training = n - result.plan.largest;
-  const std::size_t taken = call.chosen().size();
-  if (call.validated() && taken + prepared.classes() > training) {
-    const std::string why = fmt::format("{} descriptors are too many for the {} training rows of a fold in {} classes",
-                                        taken, training, prepared.classes());
-    result.validation = Result<DiscriminantValidation>::failure(why);
-    result.remarks.push_back(
-        {Severity::Warning,
-         "not-validated",
-         fmt::format("not validated: {}. Try --select with a smaller number, or --folds loo.", why),
-         {}});
-    return;
-  }
-  if (call.validated()) {
-    DiscriminantValidation validation;
-    validation.confusion = confusionOf(call.cvConfusion, prepared.classes());
-    result.validation = validation;
-    if (call.restartedAt == 0) return;
-    result.remarks.push_back({Severity::Warning,
-                              "validation-restarted",
-                              fmt::format("{}; the validation was run again with one row a fold.",
-                                          spoiltFold(call, prepared, call.restartedAt)),
-                              {}});
-    return;
-  }
-  std::string why = call.restartedAt > 0
-                        ? fmt::format("{}, and so did fold {} of {} when one row at a time was held out",
-                                      spoiltFold(call, prepared, call.restartedAt), call.foldsBegun, call.foldsPlanned)
-                        : spoiltFold(call, prepared, call.foldsBegun);
+void noValidation(Discriminant& result, const std::string& why, const char* remedy) {
   result.validation = Result<DiscriminantValidation>::failure(why);
-  result.remarks.push_back({Severity::Warning,
-                            "not-validated",
-                            fmt::format("not validated: {}. Try --select with a smaller number, or --exclude.", why),
-                            {}});
+  result.remarks.push_back(
+      {Severity::Warning, "not-validated", fmt::format("not validated: {}. Try {}.", why, remedy), {}});
+}
+
+void judgeValidation(Discriminant& result, const FoldedDiscriminant& folds, const PreparedDiscriminant& prepared) {
+  const std::size_t training = prepared.classOf.size() - folds.plan.largest, taken = result.chosen.size();
+  if (folds.failed) {
+    noValidation(result,
+                 folds.restartedAt
+                     ? fmt::format("{}, and so did fold {} of {} when one row at a time was held out",
+                                   failing(*folds.restartedAt, prepared), folds.failed->fold, folds.failed->folds)
+                     : failing(*folds.failed, prepared),
+                 "--select with a smaller number, or --exclude");
+    return;
+  }
+  if (taken + prepared.classes() > training) {
+    noValidation(result,
+                 fmt::format("{} descriptors are too many for the {} training rows of a fold in {} classes", taken,
+                             training, prepared.classes()),
+                 "--select with a smaller number, or --folds loo");
+    return;
+  }
+  DiscriminantValidation validation;
+  validation.confusion = folds.confusion;
+  validation.foldsWithout = folds.foldsWithout;
+  result.validation = validation;
+  if (!folds.restartedAt) return;
+  result.remarks.push_back(
+      {Severity::Warning,
+       "validation-restarted",
+       fmt::format("{}; the validation was run again with one row a fold.", failing(*folds.restartedAt, prepared)),
+       {}});
 }
 
 // The same classes with every descriptor: what the selection is worth.
-std::optional<Confusion> withAllDescriptors(const PreparedDiscriminant& prepared, const DiscriminantOptions& options,
-                                            Watch& watch) {
-  const ClassSelection everything{ClassSelection::Kind::All};
-  const bool byColumn = prepared.folds.kind == Folds::Kind::Column;
-  CallSettings all = settingsOf(everything);
-  if (!byColumn) all.folds = settingsOf(prepared.folds);
-  DiscriminantCall call = callDiscriminant(knownRows(prepared), prepared.classes(), all, prepared.folds.seed, watch,
-                                           {"all descriptors, fold ", 50, 60});
-  if (byColumn && call.status == 0)
-    validateByColumn(call, prepared, everything, options.stop, watch, {"all descriptors, fold ", 50, 60});
-  if (call.status != 0 || !call.validated() || call.restartedAt > 0) return std::nullopt;
-  return confusionOf(call.cvConfusion, prepared.classes());
+std::optional<Confusion> withAllDescriptors(const PreparedDiscriminant& prepared, Watch& watch) {
+  if (prepared.data.used.descriptors.size() + prepared.classes() > prepared.classOf.size()) return std::nullopt;
+  const FoldedDiscriminant all =
+      foldClassifier(prepared, {.kind = ClassSelection::Kind::All}, watch, "folds with all descriptors", 60, 95);
+  if (all.failed || all.restartedAt) return std::nullopt;
+  return all.confusion;
 }
 
-Model modelOf(const Discriminant& result, const DiscriminantCall& call, const CanonicalSpace& space,
+Model modelOf(const Discriminant& result, const std::vector<std::size_t>& chosen, const CanonicalSpace& space,
               const std::vector<double>& priors) {
-  ModelData data = modelOf(Model::Kind::Discriminant, result.used, call.chosen(), result.level);
+  ModelData data = modelOf(Model::Kind::Discriminant, result.used, chosen, result.level);
   data.responses = {result.classColumn};
   DiscriminantModel model;
   for (const DiscriminantClass& entry : result.classes) model.classes.push_back(entry.name);
@@ -352,6 +280,17 @@ Model modelOf(const Discriminant& result, const DiscriminantCall& call, const Ca
 
 }  // namespace
 
+std::size_t nearestClass(std::span<const double> distances, std::span<const double> precise) {
+  constexpr double kEqual = 1e-12;
+  std::size_t nearest = 0;
+  for (std::size_t c = 1; c < distances.size(); ++c) {
+    const bool smaller = distances[c] == distances[nearest] ? precise[c] < precise[nearest] * (1 - kEqual)
+                                                            : distances[c] < distances[nearest];
+    if (smaller) nearest = c;
+  }
+  return nearest;
+}
+
 std::size_t Confusion::total() const { return std::accumulate(counts.begin(), counts.end(), std::size_t{0}); }
 
 std::size_t Confusion::correct() const {
@@ -370,7 +309,6 @@ Discriminant discriminate(const TableView& table, const DiscriminantOptions& opt
   watch.report("preparing", "preparing the table", 0, 2, 0, 1);
   const PreparedDiscriminant prepared = prepareDiscriminant(table, options, watch);
   const std::vector<double> priors = priorsOf(prepared, options.priors);
-  const std::size_t classes = prepared.classes();
 
   Discriminant result;
   result.used = prepared.data.used;
@@ -380,49 +318,29 @@ Discriminant discriminate(const TableView& table, const DiscriminantOptions& opt
   result.priors = options.priors.kind;
   result.level = options.level;
 
-  // 1. The rows of known class: the selection on all of them, and in every fold.
-  CallSettings validated = settingsOf(options.selection);
-  const bool byColumn = prepared.folds.kind == Folds::Kind::Column;
-  if (!byColumn) validated.folds = settingsOf(prepared.folds);
-  DiscriminantCall call = callDiscriminant(byColumn ? allRows(prepared) : knownRows(prepared), classes, validated,
-                                           prepared.folds.seed, watch, {"fold ", 2, byColumn ? 10.0 : 45.0});
-  if (call.status != 0 && (byColumn || call.foldsBegun == 0)) refuseStatus(call, prepared);
-  if (byColumn) validateByColumn(call, prepared, options.selection, options.stop, watch, {"fold ", 10, 45});
-  if (call.chosen().size() > prepared.classOf.size() - classes) refuseTooMany(call.chosen().size(), prepared);
-  result.plan = planRun(call, prepared);
-  judgeValidation(result, call, prepared);
+  // 1. The classifier of all rows of known class, and how it was selected.
+  const FittedClassifier fitted = fitClassifier(prepared, options.selection, watch, 2, 15);
+  result.fitted = fitted.confusion;
+  result.chosen = namesOf(fitted.chosen, result.used);
+  result.steps = stepsOf(fitted, prepared);
+  result.stopReason = stopReasonOf(fitted, prepared, options.selection, result.steps);
 
-  // 2. The same classifier places every row.
-  const DiscriminantCall placing = callDiscriminant(allRows(prepared), classes, settingsOf(options.selection),
-                                                    prepared.folds.seed, watch, {"", 45, 50});
-  if (placing.status != 0) refuseStatus(placing, prepared);
-  result.fitted = confusionOf(placing.confusion, classes);
-  result.chosen = chosenNames(placing, result.used);
-  result.steps = stepsOf(placing, prepared);
-  result.descriptors = descriptorsOf(call, result.used);
-
-  // 3. What the selection is worth, and why it ended.
+  // 2. The same in every fold.
+  const FoldedDiscriminant folds = foldClassifier(prepared, options.selection, watch, "folds", 15, 60);
+  result.plan = folds.plan;
+  result.descriptors = descriptorsOf(fitted, folds, result.used);
+  judgeValidation(result, folds, prepared);
   if (result.validation && options.selection.kind != ClassSelection::Kind::All)
-    result.allDescriptors = withAllDescriptors(prepared, options, watch);
-  result.stopReason = stopReasonOf(placing, prepared, options, result.steps, watch);
+    result.allDescriptors = withAllDescriptors(prepared, watch);
 
-  // 4. Rows held out, one by one.
-  std::optional<HeldOut> heldOut;
-  if (result.validation) heldOut = heldOutRows(prepared, options, call, result.plan, watch, {"fold ", 62, 98});
-  if (heldOut) {
-    DiscriminantValidation validation = *result.validation;
-    validation.foldsWithout = heldOut->foldsWithout;
-    result.validation = validation;
-  }
-
-  // 5. Classes, canonical functions and rows in the table's units.
-  const CanonicalSpace space(prepared.data.model, prepared.classOf, classes, placing.chosen());
+  // 3. Classes, canonical functions and rows in the table's units.
+  const CanonicalSpace space(prepared.data.model, prepared.classOf, prepared.classes(), fitted.chosen);
   for (std::size_t k = 0; k < space.functions(); ++k) result.functions.push_back(space.function(k, result.used));
   result.classes = classesOf(prepared, result, space, priors);
-  placeRows(result, prepared, Placement(prepared, placing, space, priors), heldOut);
+  placeRows(result, prepared, fitted, Placement(prepared, space, priors), folds.heldOut);
 
-  result.model = modelOf(result, placing, space, priors);
-  remarkOnDiscriminant(result, heldOut);
+  result.model = modelOf(result, fitted.chosen, space, priors);
+  remarkOnDiscriminant(result, folds);
   watch.report("analysis", "done", 98, 100, 1, 1);
   return result;
 } catch (const std::bad_alloc&) {

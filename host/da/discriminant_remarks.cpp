@@ -22,16 +22,16 @@ void remarkOnSmallClasses(Discriminant& result) {
   }
 }
 
-void remarkOnAbsentClasses(Discriminant& result, const HeldOut& heldOut) {
+void remarkOnAbsentClasses(Discriminant& result, const FoldedDiscriminant& folds) {
   for (std::size_t c = 0; c < result.classes.size(); ++c) {
-    if (heldOut.notTrained[c] == 0) continue;
+    if (folds.notTrained[c] == 0) continue;
     result.remarks.push_back(
         {Severity::Warning,
          "class-absent",
          fmt::format(
              "class \"{}\" is absent from the training rows of {} of {} folds: those folds compare its rows with "
              "a mean of zeros. Try --folds loo, or draws that hold out fewer rows.",
-             result.classes[c].name, heldOut.notTrained[c], result.plan.folds),
+             result.classes[c].name, folds.notTrained[c], result.plan.folds),
          {result.classes[c].name}});
   }
 }
@@ -107,14 +107,9 @@ std::vector<std::size_t> classesWithFewRows(const Discriminant& result) {
   return few;
 }
 
-void remarkOnDiscriminant(Discriminant& result, const std::optional<HeldOut>& heldOut) {
+void remarkOnDiscriminant(Discriminant& result, const FoldedDiscriminant& folds) {
   remarkOnSmallClasses(result);
-  if (heldOut) remarkOnAbsentClasses(result, *heldOut);
-  if (result.validation && !heldOut)
-    result.remarks.push_back({Severity::Note,
-                              "held-out-rows-unknown",
-                              "which rows were wrong when left out could not be found again; the counts stand.",
-                              {}});
+  if (result.validation) remarkOnAbsentClasses(result, folds);
   remarkOnSelection(result);
   remarkOnUselessness(result);
   remarkOnOneDescriptor(result);

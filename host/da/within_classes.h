@@ -1,7 +1,7 @@
 // What makes a covariance within classes singular: found by comparison, so that a message can name it.
 #pragma once
 
-#include "host/da/discriminant_call.h"
+#include "host/da/preparation.h"
 
 #include <cstddef>
 #include <span>

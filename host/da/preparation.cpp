@@ -1,25 +1,21 @@
-#include "host/da/discriminant_call.h"
+// The options of discriminant analysis checked; its rows numbered by class, and descriptors that hold no spread within
+// classes set aside.
+#include "host/da/preparation.h"
 
 #include "host/da/within_classes.h"
-#include "host/monitor.h"
 #include "host/names.h"
 #include "host/preparation/same_information.h"
 #include "host/text.h"
 
 #include <fmt/format.h>
-#include <studystats/analyses.h>
 #include <studystats/utilities.h>
 
 #include <algorithm>
-#include <limits>
 #include <numeric>
 #include <set>
 
 namespace studystats {
 namespace {
-
-constexpr double kUnset = std::numeric_limits<double>::quiet_NaN();
-constexpr float kUnsetFloat = std::numeric_limits<float>::quiet_NaN();
 
 void checkOptions(const DiscriminantOptions& options) {
   const auto refuse = [](const std::string& option, const std::string& text) {
@@ -205,105 +201,6 @@ PreparedDiscriminant prepareDiscriminant(const TableView& table, const Discrimin
   prepared.folds = foldsThatCanRun(options.folds, labelsOf(prepared.data.modelRows, options.folds.column),
                                    prepared.data.used.rows, prepared.data.remarks);
   return prepared;
-}
-
-ClassRows knownRows(const PreparedDiscriminant& prepared) {
-  return {prepared.data.model, prepared.classOf, std::vector<std::int32_t>(prepared.classOf.size(), 1)};
-}
-
-// With nothing to classify, the first row is there twice: the one fold of such a call holds out a row outside the
-// model.
-ClassRows allRows(const PreparedDiscriminant& prepared) {
-  const Grid& model = prepared.data.model;
-  const Grid& others = prepared.data.predicted;
-  const std::size_t extra = std::max<std::size_t>(others.rows, 1);
-  ClassRows rows = knownRows(prepared);
-  rows.data = {model.rows + extra, model.columns, {}};
-  for (std::size_t j = 0; j < model.columns; ++j) {
-    const std::span<const double> own = model.column(j);
-    rows.data.values.insert(rows.data.values.end(), own.begin(), own.end());
-    if (others.rows == 0) {
-      rows.data.values.push_back(own.front());
-    } else {
-      const std::span<const double> other = others.column(j);
-      rows.data.values.insert(rows.data.values.end(), other.begin(), other.end());
-    }
-  }
-  rows.classOf.resize(rows.data.rows, 0);
-  rows.inModel.resize(rows.data.rows, 0);
-  return rows;
-}
-
-// Sums over the training rows run in the order in which the validation took them.
-ClassRows rowsOfFold(const ClassRows& known, const FoldRows& fold) {
-  std::vector<std::size_t> order = fold.training;
-  order.insert(order.end(), fold.heldOut.begin(), fold.heldOut.end());
-  ClassRows rows{{order.size(), known.data.columns, {}}, {}, {}};
-  for (std::size_t j = 0; j < known.data.columns; ++j)
-    for (const std::size_t row : order) rows.data.values.push_back(known.data(row, j));
-  for (const std::size_t row : fold.training) rows.classOf.push_back(known.classOf[row]);
-  rows.inModel.assign(fold.training.size(), 1);
-  rows.classOf.resize(order.size(), 0);
-  rows.inModel.resize(order.size(), 0);
-  return rows;
-}
-
-std::vector<std::size_t> DiscriminantCall::chosen() const {
-  std::vector<std::size_t> columns;
-  for (std::size_t j = 0; j < selected.size(); ++j)
-    if (selected[j] == 1) columns.push_back(j);
-  return columns;
-}
-
-CallSettings settingsOf(const ClassSelection& selection) {
-  switch (selection.kind) {
-    case ClassSelection::Kind::Auto:
-      return {.selectMode = 0, .nSelect = 0};
-    case ClassSelection::Kind::All:
-      return {.selectMode = 2, .nSelect = 0};
-    case ClassSelection::Kind::Number:
-      break;
-  }
-  return {.selectMode = 1, .nSelect = selection.number};
-}
-
-DiscriminantCall callDiscriminant(const ClassRows& rows, std::size_t classes, const CallSettings& settings,
-                                  std::int32_t seed, Watch& watch, const Span& span) {
-  const std::int32_t n = count32(rows.data.rows), p = count32(rows.data.columns), g = count32(classes);
-  const std::size_t columns = rows.data.columns;
-  DiscriminantCall call;
-  std::vector<std::int32_t> tags = rows.classOf;
-  tags.resize(2 * rows.data.rows, 0);
-  call.modelRows.assign(rows.data.rows, 0);
-  for (auto* perColumn : {&call.selected, &call.cvSelCount, &call.selectOrder}) perColumn->assign(columns, 0);
-  for (auto* perPair : {&call.confusion, &call.cvConfusion}) perPair->assign(classes * classes, 0);
-  call.stepFraction.assign(columns, kUnsetFloat);
-  call.stepClassFraction.assign(columns * classes, kUnsetFloat);
-  call.cvClassFraction.assign(classes, kUnsetFloat);
-  call.distances.assign(rows.data.rows * classes, kUnsetFloat);
-  call.canonVectors.assign(columns * columns, kUnset);
-  call.canonValues.assign(columns, kUnset);
-  call.cvFractionCorrect = kUnsetFloat;
-  std::int32_t goOn = 1;
-
-  HostMonitor monitor(watch, "folds", span.text, span.from, span.to);
-  const ValidatingAlone alone(seed);
-  DisAnl(rows.data.values.data(), tags.data(), call.modelRows.data(), rows.inModel.data(), n, p, g, settings.selectMode,
-         settings.nSelect, settings.folds.method, settings.folds.groups, settings.folds.fraction,
-         call.canonVectors.data(), call.canonValues.data(), call.stepFraction.data(), call.stepClassFraction.data(),
-         &call.cvFractionCorrect, call.cvClassFraction.data(), call.distances.data(), call.selected.data(),
-         call.cvSelCount.data(), call.selectOrder.data(), call.confusion.data(), call.cvConfusion.data(), &call.nSteps,
-         &call.nCanonical, &call.status, monitor.monitor(), &goOn);
-  monitor.rethrow();
-  if (call.status == 999) throw Stopped();
-  if (call.status == 5)
-    throw OutOfMemory(fmt::format("not enough memory for a discriminant analysis of {} x {} numbers.", n, p));
-  if (monitor.reports() > 0) {
-    call.foldsBegun = monitor.current();
-    call.foldsPlanned = monitor.total();
-    call.restartedAt = monitor.startedOverAt();
-  }
-  return call;
 }
 
 }  // namespace studystats
