@@ -24,6 +24,9 @@ namespace {
 constexpr double kUnset = std::numeric_limits<double>::quiet_NaN();
 constexpr double kWantedShare = 0.80;
 constexpr double kRoundingLevel = 1e-12;  // of the total variance: what lies below says nothing
+// An eigenvalue or a share that exceeds a mark by less is equal to it. Autoscaled columns without correlation have
+// eigenvalues of 1, from which rounding takes them a few units in the last place up or down.
+constexpr double kEqual = 1 + 1e-9;
 
 // What the entry point returns, sized and filled beforehand so that what was not written is seen.
 struct Decomposition {
@@ -49,13 +52,7 @@ Decomposition decompose(const Grid& block) {
   // Status 5 has two meanings; memory that could not be had leaves the covariance unwritten.
   if (d.status != 0 && std::isnan(d.covariance[0]) && d.status == 5)
     throw OutOfMemory(fmt::format("not enough memory for the components of {} x {} numbers.", n, p));
-  const bool finite =
-      std::all_of(d.eigenvalues.begin(), d.eigenvalues.end(), [](double x) { return std::isfinite(x); });
-  if (d.status != 0 || !finite)
-    throw NotComputed(
-        "the components could not be computed: the descriptors' sizes are too far apart for the arithmetic. Try "
-        "--scale "
-        "autoscale, or leave out columns with values above 1e100.");
+  if (d.status != 0) throw NotComputed(fmt::format("the components did not converge (status {}).", d.status));
   return d;
 }
 
@@ -73,7 +70,7 @@ std::vector<Component> componentsOf(const Decomposition& d) {
 int defaultKept(const std::vector<Component>& components) {
   int k = 1;
   while (k < static_cast<int>(components.size()) &&
-         components[static_cast<std::size_t>(k - 1)].cumulative < kWantedShare)
+         components[static_cast<std::size_t>(k - 1)].cumulative * kEqual < kWantedShare)
     ++k;
   return std::clamp(k, 2, 10);
 }
@@ -85,7 +82,7 @@ int aboveBrokenStick(const std::vector<Component>& components) {
   for (int k = 1; k <= p; ++k) expected += 1.0 / k;
   int count = 0;
   for (int k = 1; k <= p; ++k) {
-    if (components[static_cast<std::size_t>(k - 1)].explained <= expected / p) break;
+    if (components[static_cast<std::size_t>(k - 1)].explained <= kEqual * expected / p) break;
     expected -= 1.0 / k;
     ++count;
   }
@@ -273,7 +270,7 @@ PrincipalComponents principalComponents(const TableView& table, const PrincipalC
   result.aboveBrokenStick = aboveBrokenStick(result.components);
   if (options.data.scaling == Scaling::Autoscale)
     result.aboveOne = static_cast<int>(
-        std::count_if(d.eigenvalues.begin(), d.eigenvalues.end(), [](double lambda) { return lambda > 1; }));
+        std::count_if(d.eigenvalues.begin(), d.eigenvalues.end(), [](double lambda) { return lambda > kEqual; }));
   result.loadings = leading(d.vectors, p, kept);
   result.explained = explainedShare(d, p, kept);
   placeRows(result, prepared, d, kRoundingLevel * total, watch);
