@@ -104,7 +104,7 @@ std::vector<SelectionStep> stepsOf(const RegressionCall& call, const UsedData& u
     step.entered = call.stepAction[k] == 1;
     step.partialF = number(static_cast<double>(call.stepPartialF[k]));
     step.f = static_cast<double>(call.stepF[k]);
-    step.s = static_cast<double>(call.stepS[k]);
+    step.s = call.stepS[k];
     steps.push_back(std::move(step));
   }
   return steps;

@@ -2,7 +2,7 @@
 
 #include "host/folds.h"
 #include "host/monitor.h"
-#include "host/names.h"
+#include "host/preparation/magnitude.h"
 #include "host/preparation/same_information.h"
 #include "host/text.h"
 
@@ -19,33 +19,6 @@ namespace {
 
 constexpr double kUnset = std::numeric_limits<double>::quiet_NaN();
 constexpr std::size_t kMostCompared = 100'000'000;  // cells: a second or so
-
-void checkOptions(const RegressionOptions& options) {
-  const auto refuse = [](const std::string& option, const std::string& text) {
-    throw BadOptions(text, {.option = option});
-  };
-  if (options.response.empty()) refuse("--response", "--response NAME is missing: which column is to be modelled?");
-  if (!(options.fEnter > 1e-6))
-    refuse("--f-enter", fmt::format("--f-enter {} lets everything in; use --select all for that.", options.fEnter));
-  if (!(options.fRemove >= 0))
-    refuse("--f-remove", fmt::format("--f-remove {} is not an F value; it is 0 or more.", options.fRemove));
-  if (!(options.corrLimit > 0 && options.corrLimit <= 1))
-    refuse("--corr-limit", fmt::format("--corr-limit {} is not a correlation above 0 and up to 1; 1 switches it off.",
-                                       options.corrLimit));
-  if (options.maxSteps == 0 || options.maxSteps < -1)
-    refuse("--max-steps",
-           fmt::format("--max-steps {} leaves no step; use --select all for all descriptors.", options.maxSteps));
-  if (!(options.level > 0 && options.level < 1))
-    refuse("--level", fmt::format("--level {} is not a probability between 0 and 1, such as 0.95.", options.level));
-}
-
-std::vector<std::size_t> startOf(const UsedData& used, const std::vector<std::string>& patterns) {
-  if (patterns.empty()) return {};
-  TableView headings;
-  headings.setName("the descriptors");
-  for (const std::string& name : used.descriptors) headings.add(name, std::span<const double>());
-  return matchingColumns(headings, patterns, "--start");
-}
 
 // Descriptors and response in one column-major matrix.
 std::vector<double> matrixOf(const Grid& model, const std::vector<std::size_t>& columns,
@@ -66,20 +39,28 @@ struct Request {
   std::int32_t n, p, maxSteps;
 };
 
-// The 52 arguments, from vectors that are sized and filled here.
-RegressionCall run(const Request& request, std::vector<std::int32_t> flags, const FoldSettings& settings,
-                   std::int32_t seed, Watch& watch, const std::string& text, double from, double to) {
-  const std::int32_t n = request.n, p = request.p;
-  const auto rows = static_cast<std::size_t>(n), columns = static_cast<std::size_t>(p);
+// What a call returns in the response's unit, or that unit's square, times the unit that the response was divided by.
+void giveBackUnit(RegressionCall& call, double unit) {
+  for (std::vector<double>* figures :
+       {&call.fitted, &call.resid, &call.rawCoef, &call.coef, &call.cvCoefSd, &call.coefSe, &call.stepS})
+    for (double& figure : *figures) figure *= unit;
+  for (double* figure : {&call.rawIntercept, &call.intercept, &call.sValue}) *figure *= unit;
+  if (!call.abandoned()) call.cvInterceptSd *= unit;
+  for (double& sum : call.sumSq) sum *= unit * unit;
+  call.press *= unit * unit;
+}
+
+// What a call will return, sized and filled beforehand.
+RegressionCall sizedFor(const Request& request) {
+  const auto rows = static_cast<std::size_t>(request.n), columns = static_cast<std::size_t>(request.p);
   const auto steps = static_cast<std::size_t>(std::max(request.maxSteps, 1));
   RegressionCall call;
-  call.flags = std::move(flags);
   call.maxSteps = request.maxSteps;
   for (std::vector<double>* perRow : {&call.fitted, &call.resid}) perRow->assign(rows, kUnset);
   for (std::vector<double>* perColumn :
        {&call.rawCoef, &call.coef, &call.cvCoefSd, &call.coefSe, &call.tValue, &call.tProb})
     perColumn->assign(columns, kUnset);
-  for (std::vector<float>* perStep : {&call.stepPartialF, &call.stepF, &call.stepS})
+  for (std::vector<float>* perStep : {&call.stepPartialF, &call.stepF})
     perStep->assign(steps, std::numeric_limits<float>::quiet_NaN());
   call.stepAction.assign(steps, -1);
   call.stepVar.assign(steps, 0);
@@ -89,24 +70,42 @@ RegressionCall run(const Request& request, std::vector<std::int32_t> flags, cons
   call.cvSelCount.assign(columns, 0);
   call.rowIds.resize(rows);
   std::iota(call.rowIds.begin(), call.rowIds.end(), 1);
+  return call;
+}
+
+// The 52 arguments. The response is brought close to 1 by a power of two, which changes no digit: sums of squared
+// residuals are rounded to 32 bits at every step, and would leave their range.
+RegressionCall run(Request request, std::vector<std::int32_t> flags, const FoldSettings& settings, std::int32_t seed,
+                   Watch& watch, const std::string& text, double from, double to) {
+  const std::int32_t n = request.n, p = request.p;
+  const auto rows = static_cast<std::size_t>(n), columns = static_cast<std::size_t>(p);
+  RegressionCall call = sizedFor(request);
+  call.flags = std::move(flags);
+  std::vector<float> stepS(call.stepF);
   const std::vector<std::int32_t> tags(2 * rows, 0), usable(rows, 1);
   std::vector<double> corr(columns * columns, kUnset);
   const std::int32_t maxFolds = 1;
+  float fStart = 0, sStart = 0;
   std::int32_t goOn = 1;
+  const std::span<double> response = std::span(request.data).last(rows);
+  const double factor = unitFactor(response);
+  for (double& value : response) value *= factor;
 
   HostMonitor monitor(watch, "folds", text, from, to);
   const ValidatingAlone alone(seed);
   MulReg(request.data.data(), tags.data(), call.rowIds.data(), usable.data(), n, p, request.scale.data(),
          request.shift.data(), corr.data(), /*reserved*/ 0, request.fEnter, request.fRemove, request.maxSteps,
          request.corrLimit, call.flags.data(), settings.method, settings.groups, settings.fraction, call.fitted.data(),
-         call.resid.data(), &call.fStart, &call.sStart, &call.rawIntercept, &call.intercept, &call.multR, &call.fValue,
+         call.resid.data(), &fStart, &sStart, &call.rawIntercept, &call.intercept, &call.multR, &call.fValue,
          &call.sValue, &call.fProb, &call.q2, &call.press, &call.cvInterceptSd, call.df.data(), call.sumSq.data(),
          call.rawCoef.data(), call.coef.data(), call.cvCoefSd.data(), call.coefSe.data(), call.tValue.data(),
          call.tProb.data(), call.inList.data(), call.cvSelCount.data(), call.stepPartialF.data(), call.stepF.data(),
-         call.stepS.data(), call.stepAction.data(), call.stepVar.data(), &call.nIn, &call.nSteps, &maxFolds,
-         &call.status, monitor.monitor(), &goOn);
+         stepS.data(), call.stepAction.data(), call.stepVar.data(), &call.nIn, &call.nSteps, &maxFolds, &call.status,
+         monitor.monitor(), &goOn);
   monitor.rethrow();
   if (call.status == 999) throw Stopped();
+  call.stepS.assign(stepS.begin(), stepS.end());
+  giveBackUnit(call, 1 / factor);
   call.reports = monitor.reports();
   call.foldsPlanned = monitor.monitor()->minorIterationCount;
   for (std::int32_t a = 0; call.status == 0 && a < call.nIn; ++a)
@@ -127,51 +126,6 @@ std::string identicalInFold(const Prepared& prepared, const std::vector<std::siz
   return fmt::format("{}, {} identical in its rows", prepared.used.descriptors[columns[pairs.front().kept]],
                      prepared.used.descriptors[columns[pairs.front().setAside]]);
 }
-
-}  // namespace
-
-std::optional<double> responseOf(const BlockRow& row, const std::string& response) {
-  const TableView::Column* column = row.table->find(response);
-  if (!column || column->kind != ColumnKind::Numeric || !std::isfinite(column->numbers[row.tableRow])) return {};
-  return column->numbers[row.tableRow];
-}
-
-double sampleSd(std::span<const double> values) {
-  const auto n = static_cast<double>(values.size());
-  const double mean = std::accumulate(values.begin(), values.end(), 0.0) / n;
-  double squares = 0;
-  for (const double x : values) squares += (x - mean) * (x - mean);
-  return n > 1 ? std::sqrt(squares / (n - 1)) : 0;
-}
-
-PreparedRegression prepareRegression(const TableView& table, const RegressionOptions& options, Watch& watch) {
-  checkOptions(options);
-  checkFolds(options.folds);
-  requireNumeric(table, options.response, "--response");
-  PreparedRegression prepared;
-  prepared.data = prepare(
-      table, {.responses = {options.response}, .foldColumn = options.folds.column, .predictWithoutResponse = true},
-      options.data, watch);
-  const UsedData& used = prepared.data.used;
-  for (const BlockRow& row : prepared.data.modelRows) prepared.response.push_back(*responseOf(row, options.response));
-  const std::size_t n = prepared.response.size();
-  if (n < 3)
-    throw NotComputed(fmt::format("too few rows: a regression needs at least 3 with a response, and {} of {} {} left.",
-                                  n, table.rows(), n == 1 ? "is" : "are"));
-  requireDescriptors(prepared.data, table, "over the rows");
-  if (isConstant(prepared.response))
-    throw NotComputed(fmt::format("{} is {} in every row of the model: there is nothing to explain.", options.response,
-                                  exact(prepared.response.front())));
-  prepared.start = startOf(used, options.start);
-  prepared.maxSteps = options.selection == Selection::All ? 0
-                      : options.maxSteps > 0              ? options.maxSteps
-                                                          : std::max(10, static_cast<int>(n / 5));
-  prepared.folds = foldsThatCanRun(options.folds, labelsOf(prepared.data.modelRows, options.folds.column), used.rows,
-                                   prepared.data.remarks);
-  return prepared;
-}
-
-namespace {
 
 // The request for rows of the table in the order given, and the flags to begin with.
 Request requestFor(const PreparedRegression& prepared, const RegressionOptions& options, std::vector<double> data,

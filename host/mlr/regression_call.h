@@ -26,16 +26,19 @@ PreparedRegression prepareRegression(const TableView& table, const RegressionOpt
 // The response of a row, absent when its cell is missing or its table has no such column.
 std::optional<double> responseOf(const BlockRow& row, const std::string& response);
 
+// The responses of the model's rows. Throws NotComputed when they, or those known of other rows, are too large or too
+// small to calculate with.
+std::vector<double> responsesOf(const Prepared& data, const std::string& response);
+
 double sampleSd(std::span<const double> values);
 
 struct RegressionCall {
-  std::vector<double> fitted, resid, rawCoef, coef, cvCoefSd, coefSe, tValue, tProb, sumSq;
-  std::vector<float> stepPartialF, stepF, stepS;
+  std::vector<double> fitted, resid, rawCoef, coef, cvCoefSd, coefSe, tValue, tProb, sumSq, stepS;
+  std::vector<float> stepPartialF, stepF;
   std::vector<std::int32_t> flags, rowIds, df, inList, cvSelCount, stepAction, stepVar;
   double rawIntercept = 0, intercept = 0, multR = 0, fValue = 0, sValue = 0, fProb = 0, q2 = 0, press = 0;
   std::optional<double> fixedSetQ2;  // of folds by a column, whose refits are at hand
   double cvInterceptSd = -1;         // never negative when it was written
-  float fStart = 0, sStart = 0;
   std::int32_t nIn = 0, nSteps = 0, maxSteps = 0, status = 0;
   std::int64_t reports = 0;  // folds begun
   std::int32_t foldsPlanned = 0;
