@@ -22,7 +22,8 @@ std::optional<double> qLimitOf(const std::vector<double>& distances, double tota
 }
 
 std::optional<double> qLimitFrom(double mean, double variance, double level) {
-  if (!(mean > 0) || !(variance > 0)) return {};
+  constexpr double kNoSpread = 1e-10;  // of the squared mean: all rows of a two-level design are equally far
+  if (!(mean > 0) || !(variance > kNoSpread * mean * mean)) return {};
   return variance / (2 * mean) * chiSquareQuantile(level, 2 * mean * mean / variance);
 }
 

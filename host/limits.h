@@ -14,7 +14,7 @@ std::optional<double> t2LimitOf(double k, double n, double level);
 // 290-302; Nomikos & MacGregor (1995), Technometrics 37, 41-59.
 std::optional<double> qLimitOf(const std::vector<double>& distances, double total, double level);
 
-// The same from the mean and variance; absent unless both are above 0.
+// The same from the mean and variance; absent unless the distances are above 0 and differ by more than rounding.
 std::optional<double> qLimitFrom(double mean, double variance, double level);
 
 }  // namespace studystats

@@ -122,6 +122,12 @@ std::string fixed(double value, int decimals) {
   return text;
 }
 
+std::string sized(double value, double size, int digits) {
+  const int decimals =
+      size > 0 && std::isfinite(size) ? digits - 1 - static_cast<int>(std::floor(std::log10(size))) : 0;
+  return decimals > 9 ? significant(value, digits) : fixed(value, std::max(0, decimals));
+}
+
 std::string percent(double fraction, int decimals) {
   return std::isnan(fraction) ? "-" : fixed(100 * fraction, decimals) + " %";
 }

@@ -17,7 +17,10 @@ std::string significant(double value, int digits);
 std::string significant(const std::optional<double>& value, int digits);  // "-" when absent
 std::string brief(double value, int digits);                              // the same without zeros at the end: "1.7"
 std::string brief(const std::optional<double>& value, int digits);
-std::string fixed(double value, int decimals);           // never "-0.00"; "-" for not-a-number
+std::string fixed(double value, int decimals);  // never "-0.00"; "-" for not-a-number
+// With the decimals that show `digits` figures of a number as large as `size`; with an exponent where these are more
+// than nine.
+std::string sized(double value, double size, int digits);
 std::string percent(double fraction, int decimals = 1);  // "36.2 %"
 std::string exact(double value);                         // shortest text that reads back the same; "" for NaN
 std::string counted(std::size_t n, std::string_view one, std::string_view many = {});  // "1 row", "3 rows", "1 of ..."

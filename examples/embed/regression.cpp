@@ -29,6 +29,10 @@ int main(int argc, char** argv) try {
 
   fit.model.save(argv[3]);
   for (const ss::Prediction& row : ss::Model::load(argv[3]).predict(table)) {
+    if (row.missing) {  // nothing else of the row is set then
+      std::cout << row.row << ": not predicted, no value in " << *row.missing << '\n';
+      continue;
+    }
     std::cout << row.row << ": " << row.values[0];
     if (row.halfWidths[0]) std::cout << " +- " << *row.halfWidths[0];
     std::cout << (row.inDomain() ? "" : ", outside the domain: " + row.outside) << '\n';

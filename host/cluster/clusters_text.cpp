@@ -110,11 +110,11 @@ std::string setApartBy(const Cluster& cluster, const std::vector<std::string>& d
   return text;
 }
 
-// Decimals that leave the farthest row three digits.
-int decimalsOfDistances(const Clusters& result) {
+// The distance of the row farthest from its cluster's mean, three figures of which are shown.
+double farthestOf(const Clusters& result) {
   double farthest = 0;
   for (const Cluster& cluster : result.clusters) farthest = std::max(farthest, cluster.farthest);
-  return farthest > 0 ? std::clamp(2 - static_cast<int>(std::floor(std::log10(farthest))), 0, 6) : 0;
+  return farthest;
 }
 
 std::string clusterTable(const Clusters& result, const TextOptions& options) {
@@ -127,12 +127,12 @@ std::string clusterTable(const Clusters& result, const TextOptions& options) {
   table.column("silhouette");
   table.column("< 0");
   table.column("differs most in (sd units)", Align::Left);
-  const int decimals = decimalsOfDistances(result);
+  const double size = farthestOf(result);
   const std::size_t all = result.clusters.size(), most = options.all ? all : std::min(all, kShownRows);
   for (std::size_t k = 0; k < most; ++k) {
     const Cluster& cluster = result.clusters[k];
     table.row({std::to_string(k + 1), std::to_string(cluster.rows), shownRow(result.used, cluster.representative),
-               fixed(cluster.spread, decimals), fixed(cluster.farthest, decimals),
+               sized(cluster.spread, size, 3), sized(cluster.farthest, size, 3),
                cluster.silhouette ? fixed(*cluster.silhouette, 2) : "-",
                cluster.silhouette ? std::to_string(cluster.misplaced) : "-",
                all > 1 ? setApartBy(cluster, result.used.descriptors) : "-"});
@@ -201,13 +201,13 @@ std::string placedTable(const Clusters& result, const TextOptions& options) {
   table.column("cluster");
   table.column("distance", Align::Point);
   table.column("farthest in it", Align::Point);
-  const int decimals = decimalsOfDistances(result);
+  const double size = farthestOf(result);
   const std::size_t from = result.used.rows.size(), all = result.rows.size() - from;
   const std::size_t most = options.all ? all : std::min(all, kShownRows);
   for (std::size_t i = from; i < from + most; ++i) {
     const ClusterRow& row = result.rows[i];
-    table.row({shownRow(result.used, row.name), std::to_string(*row.cluster + 1), fixed(row.distance, decimals),
-               fixed(result.clusters[*row.cluster].farthest, decimals)});
+    table.row({shownRow(result.used, row.name), std::to_string(*row.cluster + 1), sized(row.distance, size, 3),
+               sized(result.clusters[*row.cluster].farthest, size, 3)});
   }
   if (most < all) table.line(fmt::format("... {} more", all - most));
   return "\n" + table.text();

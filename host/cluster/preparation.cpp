@@ -7,13 +7,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cmath>
 #include <numeric>
 
 namespace studystats {
 namespace {
-
-constexpr double kLargest = 1e140;  // sums of as large squares can be had
 
 void refuse(const std::string& option, const std::string& text) { throw BadOptions(text, {.option = option}); }
 
@@ -82,12 +79,6 @@ void requireRowsAndColumns(const Prepared& prepared, const TableView& table) {
     throw NotComputed(fmt::format("too few rows: clusters need at least 2, and {} of {} is left in {}.",
                                   prepared.modelRows.size(), table.rows(), table.name()));
   requireDescriptors(prepared, table, "over the rows");
-  const auto large = [](double x) { return !(std::abs(x) <= kLargest); };
-  if (std::any_of(prepared.model.values.begin(), prepared.model.values.end(), large) ||
-      std::any_of(prepared.predicted.values.begin(), prepared.predicted.values.end(), large))
-    throw NotComputed(
-        "the distances could not be computed: the descriptors' sizes are too far apart for the arithmetic. Try --scale "
-        "autoscale, or leave out columns with values above 1e100.");
 }
 
 std::vector<std::vector<double>> rowsOf(const Grid& grid) {

@@ -192,9 +192,12 @@ void requireEnough(const PreparedDiscriminant& prepared, const TableView& table,
 PreparedDiscriminant prepareDiscriminant(const TableView& table, const DiscriminantOptions& options, Watch& watch) {
   checkOptions(options);
   PreparedDiscriminant prepared;
-  prepared.data = prepare(
-      table, {.classColumn = options.classColumn, .foldColumn = options.folds.column, .predictWithoutResponse = true},
-      options.data, watch);
+  prepared.data = prepare(table,
+                          {.classColumn = options.classColumn,
+                           .foldColumn = options.folds.column,
+                           .predictWithoutResponse = true,
+                           .mostSize = 1e30},  // the analysis holds spreads and distances in 32 bits
+                          options.data, watch);
   numberClasses(prepared, options);
   if (prepared.classes() >= 2) setAsideWithinClasses(prepared);
   requireEnough(prepared, table, options);

@@ -10,6 +10,7 @@ namespace studystats {
 namespace {
 
 constexpr double kSixDigitsInNineDecimals = 1e-4;  // 0.000100000: the smallest that keeps six significant digits
+constexpr double kDigitsOfADouble = 1e15;          // from there on the last ones before the point say nothing
 
 std::string termText(double coefficient, const std::string& name, bool scientific, bool first) {
   return StatsUtils::FormatTerm(coefficient, name, scientific, !first);
@@ -24,7 +25,9 @@ std::string textOf(const Equation& equation, bool scientific) {
 }  // namespace
 
 std::string Equation::text() const {
-  const auto loses = [](double x) { return x != 0 && std::abs(x) < kSixDigitsInNineDecimals; };
+  const auto loses = [](double x) {
+    return x != 0 && !(std::abs(x) >= kSixDigitsInNineDecimals && std::abs(x) < kDigitsOfADouble);
+  };
   const bool scientific = loses(constant) || std::any_of(terms.begin(), terms.end(),
                                                          [&](const Term& term) { return loses(term.coefficient); });
   return textOf(*this, scientific);

@@ -1,7 +1,7 @@
-// A regression's options checked, and its response and descriptors taken from the table.
+// From a table and what is asked of it to the descriptors and the response of a regression.
 #include "host/mlr/preparation.h"
-
 #include "host/names.h"
+#include "host/preparation/magnitude.h"
 #include "host/preparation/same_information.h"
 #include "host/text.h"
 
@@ -49,6 +49,17 @@ std::optional<double> responseOf(const BlockRow& row, const std::string& respons
   return column->numbers[row.tableRow];
 }
 
+std::vector<double> responsesOf(const Prepared& data, const std::string& response) {
+  const char* remedy = "Multiply the column by a power of ten.";
+  std::vector<double> values;
+  for (const BlockRow& row : data.modelRows) values.push_back(*responseOf(row, response));
+  requireSize(values, kMostSize, response, values, remedy);
+  std::vector<double> all = values;
+  for (const BlockRow& row : data.predictedRows) all.push_back(responseOf(row, response).value_or(0));
+  requireSize(all, kMostSize, response, all, remedy);
+  return values;
+}
+
 double sampleSd(std::span<const double> values) {
   const auto n = static_cast<double>(values.size());
   const double mean = std::accumulate(values.begin(), values.end(), 0.0) / n;
@@ -66,7 +77,7 @@ PreparedRegression prepareRegression(const TableView& table, const RegressionOpt
       table, {.responses = {options.response}, .foldColumn = options.folds.column, .predictWithoutResponse = true},
       options.data, watch);
   const UsedData& used = prepared.data.used;
-  for (const BlockRow& row : prepared.data.modelRows) prepared.response.push_back(*responseOf(row, options.response));
+  prepared.response = responsesOf(prepared.data, options.response);
   const std::size_t n = prepared.response.size();
   if (n < 3)
     throw NotComputed(fmt::format("too few rows: a regression needs at least 3 with a response, and {} of {} {} left.",

@@ -27,6 +27,10 @@ PreparedRegression prepareRegression(const TableView& table, const RegressionOpt
 // The response of a row, absent when its cell is missing or its table has no such column.
 std::optional<double> responseOf(const BlockRow& row, const std::string& response);
 
+// The responses of the model's rows. Throws NotComputed when they, or those known of other rows, are too large or too
+// small to calculate with.
+std::vector<double> responsesOf(const Prepared& data, const std::string& response);
+
 double sampleSd(std::span<const double> values);
 
 }  // namespace studystats

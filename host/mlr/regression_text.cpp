@@ -93,6 +93,7 @@ std::string termTable(const Regression& result, const TextOptions& options) {
   table.column("VIF", Align::Point);
   const bool stepwise = result.selection == Selection::Stepwise;
   if (stepwise) table.column("chosen", Align::Left);
+  const bool decimals = result.responseSd >= 0.01;  // three of them say enough of a change in the response's unit
   for (std::size_t a = 0; a < result.terms.size(); ++a) {
     const RegressionTerm& term = result.terms[a];
     std::vector<std::string> cells{term.name,
@@ -101,7 +102,9 @@ std::string termTable(const Regression& result, const TextOptions& options) {
                                    term.t ? fixed(*term.t, 2) : "-",
                                    pText(term.p),
                                    significant(term.foldSpread, 3),
-                                   term.perSd ? fixed(*term.perSd, 3) : std::string(),
+                                   !term.perSd ? std::string()
+                                   : decimals  ? fixed(*term.perSd, 3)
+                                               : significant(*term.perSd, 3),
                                    term.vif ? fixed(*term.vif, 2) : std::string()};
     if (stepwise)
       cells.push_back(a == 0              ? std::string()

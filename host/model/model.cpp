@@ -311,8 +311,8 @@ Prediction Model::predict(std::span<const double> values) const {
   x.reserve(d.descriptors.size());
   for (std::size_t j = 0; j < d.descriptors.size(); ++j) {
     x.push_back(preparedValue(d.descriptors[j], d.factors[j], values));
-    if (std::isfinite(x.back())) continue;
-    prediction.missing = d.descriptors[j].name;  // outside the domain of its transform
+    if (std::abs(x.back()) <= kMostSize) continue;
+    prediction.missing = d.descriptors[j].name;  // outside the domain of its transform, or out of the model's reach
     return prediction;
   }
   switch (d.kind) {

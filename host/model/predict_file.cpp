@@ -2,6 +2,7 @@
 #include <studystats/host/predict.h>
 
 #include "host/names.h"
+#include "host/preparation/magnitude.h"
 #include "host/reading/reader_cells.h"
 #include "host/reading/reader_columns.h"
 #include "host/reading/reader_dialect.h"
@@ -269,14 +270,14 @@ class PredictionSink : public RecordSink {
     if (cells_ == columns_.known) row_.known = reader_.read(text).kind == CellMeaning::Missing ? "" : std::string(text);
     if (columns_.input[cells_] != kNowhere) values_[columns_.input[cells_]] = numberOf(text);
     if (columns_.observed[cells_] != kNowhere) {
-      const double observed = numberOf(text);
+      const double observed = numberOf(text, kMostSize);  // its errors are squared
       row_.observed[columns_.observed[cells_]] = std::isnan(observed) ? std::nullopt : std::optional(observed);
     }
   }
 
-  double numberOf(std::string_view text) const {
+  double numberOf(std::string_view text, double most = std::numeric_limits<double>::max()) const {
     const Cell cell = reader_.read(text);
-    if (cell.kind == CellMeaning::Text || cell.kind == CellMeaning::OutOfRange)
+    if (cell.kind == CellMeaning::Text || cell.kind == CellMeaning::OutOfRange || std::abs(cell.number) > most)
       throw BadTable(fmt::format("{}, line {}, column {} ({}): {} {}. Correct the cell, or --missing-as to treat it as "
                                  "missing.",
                                  file_, line, cells_ + 1, names_[cells_], quotedCell(text),

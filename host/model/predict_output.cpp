@@ -18,20 +18,16 @@ std::string labelled(std::string_view label, const std::string& text) {
 
 // A bias to the last place of the error it belongs to, three figures of which are shown.
 std::string biasText(double bias, double rmse) {
-  const int decimals = rmse > 0 ? std::clamp(2 - static_cast<int>(std::floor(std::log10(rmse))), 0, 9) : 3;
-  const std::string text = fixed(bias, decimals);
+  const std::string text = sized(bias, rmse, 3);
   return (text.find_first_of("123456789") != std::string::npos && bias > 0 ? "+" : "") + text;
 }
 
-// How many decimals the first response's errors are worth.
-int decimalsOf(const Predictions& result) {
+// The half width of the first interval, which says how many decimals a response is worth; 0.1 without intervals.
+double widthOf(const Predictions& result) {
   for (const PredictedRow& row : result.first)
-    if (!row.prediction.halfWidths.empty() && row.prediction.halfWidths.front()) {
-      const std::string text = significant(*row.prediction.halfWidths.front(), 3);
-      const std::size_t point = text.find('.');
-      return point == std::string::npos ? 0 : static_cast<int>(text.size() - point - 1);
-    }
-  return 3;
+    if (!row.prediction.halfWidths.empty() && row.prediction.halfWidths.front())
+      return *row.prediction.halfWidths.front();
+  return 0.1;
 }
 
 std::string domainText(const Prediction& prediction) {
@@ -91,7 +87,7 @@ std::vector<std::string> cellsOf(const Predictions& result, const PredictedRow& 
     cells.push_back("-");
     return cells;
   }
-  const int decimals = decimalsOf(result);
+  const double width = widthOf(result);
   if (model.kind() == Model::Kind::Discriminant) {
     const std::size_t nearest = classIndex(model, prediction.predictedClass);
     cells.insert(cells.end(), {prediction.predictedClass, prediction.nextClass, fixed(prediction.distances[nearest], 2),
@@ -106,7 +102,7 @@ std::vector<std::string> cellsOf(const Predictions& result, const PredictedRow& 
   } else {
     for (std::size_t k = 0; k < prediction.values.size(); ++k) {
       cells.push_back(prediction.values.size() == 1 && prediction.halfWidths[k]
-                          ? fixed(prediction.values[k], decimals + 1)
+                          ? sized(prediction.values[k], width, 4)
                           : significant(prediction.values[k], options.digits));
       cells.push_back(significant(prediction.halfWidths[k], 3));
     }
@@ -119,7 +115,7 @@ std::vector<std::string> cellsOf(const Predictions& result, const PredictedRow& 
     if (!result.errors.empty() && prediction.values.size() == 1) {
       cells.push_back(brief(row.observed[0], options.digits));
       const double error = row.observed[0] ? prediction.values[0] - *row.observed[0] : 0;
-      cells.push_back(row.observed[0] ? (error > 0 ? "+" : "") + fixed(error, decimals) : "-");
+      cells.push_back(row.observed[0] ? (error > 0 ? "+" : "") + sized(error, width, 3) : "-");
     }
   }
   cells.push_back(domainText(prediction));
@@ -257,7 +253,7 @@ std::string summary(const Predictions& result, const TextOptions& options) {
   if (const std::string honesty = model.honesty(); !honesty.empty()) text += labelled("", honesty);
   text += labelled(
       "Table",
-      fmt::format("{}: {}; all {} found; {} with missing cells", result.table, counted(result.rows, "row", "rows"),
+      fmt::format("{}: {}; all {} found; {} not predicted", result.table, counted(result.rows, "row", "rows"),
                   counted(model.columns().size(), "column", "columns"), counted(result.missing, "row", "rows")));
   TextTable table;
   addColumns(table, result);

@@ -24,18 +24,16 @@ namespace {
 
 constexpr double kWantedShare = 0.80;
 constexpr double kRoundingLevel = 1e-12;  // of the total variance: what lies below says nothing
+// An eigenvalue or a share that exceeds a mark by less is equal to it. Autoscaled columns without correlation have
+// eigenvalues of 1, from which rounding takes them a few units in the last place up or down.
+constexpr double kEqual = 1 + 1e-9;
 
 // The components of the block, from whichever side of it is the smaller.
 void decompose(engine::PrincipalComponents& components, Watch& watch) {
   EngineWatch progress(watch, "analysis", 10, 90);
   const engine::Status status = components.fit(progress);
   if (status == engine::Status::NoMemory) throw std::bad_alloc();
-  const std::span<const double> eigenvalues = components.model().eigenvalues;
-  const bool finite = std::all_of(eigenvalues.begin(), eigenvalues.end(), [](double x) { return std::isfinite(x); });
-  if (status != engine::Status::Done || !finite)
-    throw NotComputed(
-        "the components could not be computed: the descriptors' sizes are too far apart for the arithmetic. Try "
-        "--scale autoscale, or leave out columns with values above 1e100.");
+  if (status != engine::Status::Done) throw NotComputed("the components did not converge.");
 }
 
 std::vector<Component> componentsOf(const engine::PrincipalComponentsModel& d) {
@@ -52,7 +50,7 @@ std::vector<Component> componentsOf(const engine::PrincipalComponentsModel& d) {
 int defaultKept(const std::vector<Component>& components) {
   int k = 1;
   while (k < static_cast<int>(components.size()) &&
-         components[static_cast<std::size_t>(k - 1)].cumulative < kWantedShare)
+         components[static_cast<std::size_t>(k - 1)].cumulative * kEqual < kWantedShare)
     ++k;
   return std::clamp(k, 2, 10);
 }
@@ -64,7 +62,7 @@ int aboveBrokenStick(const std::vector<Component>& components) {
   for (int k = 1; k <= p; ++k) expected += 1.0 / k;
   int count = 0;
   for (int k = 1; k <= p; ++k) {
-    if (components[static_cast<std::size_t>(k - 1)].explained <= expected / p) break;
+    if (components[static_cast<std::size_t>(k - 1)].explained <= kEqual * expected / p) break;
     expected -= 1.0 / k;
     ++count;
   }
@@ -255,7 +253,7 @@ PrincipalComponents principalComponents(const TableView& table, const PrincipalC
   result.aboveBrokenStick = aboveBrokenStick(result.components);
   if (options.data.scaling == Scaling::Autoscale)
     result.aboveOne = static_cast<int>(
-        std::count_if(d.eigenvalues.begin(), d.eigenvalues.end(), [](double lambda) { return lambda > 1; }));
+        std::count_if(d.eigenvalues.begin(), d.eigenvalues.end(), [](double lambda) { return lambda > kEqual; }));
   result.loadings = leading(d.loadings, kept);
   result.explained = explainedShare(d, result.loadings);
   placeRows(result, prepared, d, kRoundingLevel * total, watch);

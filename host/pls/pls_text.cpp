@@ -16,10 +16,7 @@ namespace {
 constexpr std::size_t kShownDescriptors = 12;
 constexpr std::size_t kShownRows = 12;
 
-// Decimals at which a quantity with this spread shows four figures.
-int decimalsFor(double spread) {
-  return spread > 0 ? std::clamp(3 - static_cast<int>(std::floor(std::log10(spread))), 0, 9) : 3;
-}
+constexpr int kFigures = 4;  // of errors, at the size of the response's spread
 
 std::string title(const PartialLeastSquares& result) {
   std::vector<std::string> names;
@@ -52,13 +49,13 @@ std::string componentTable(const PartialLeastSquares& result, const PlsResponse&
   for (const char* heading : {"X explained", "R2", "q2", "RMSE fit", "RMSE cv", "PRESS", "ratio"})
     table.column(heading);
   table.column("", Align::Left);
-  const int decimals = decimalsFor(response.sd), squared = decimalsFor(response.sd * response.sd);
+  const double sd = response.sd;
   for (std::size_t a = 0; a < response.components.size(); ++a) {
     const PlsFigures& figures = response.components[a];
     table.row({std::to_string(a + 1), a < result.explained.size() ? percent(result.explained[a]) : "-",
-               fixed(figures.r2, 4), fixed(figures.q2, 4), fixed(figures.rmse, decimals),
-               fixed(figures.crossValidatedRmse, decimals), fixed(figures.press, squared), fixed(figures.ratio, 3),
-               markOf(result, response, a)});
+               fixed(figures.r2, 4), fixed(figures.q2, 4), sized(figures.rmse, sd, kFigures),
+               sized(figures.crossValidatedRmse, sd, kFigures), sized(figures.press, sd * sd, kFigures),
+               fixed(figures.ratio, 3), markOf(result, response, a)});
   }
   return table.text();
 }
@@ -114,14 +111,14 @@ std::string frame(const PartialLeastSquares& result) {
   table.column("sd");
   for (const PlsResponse& response : result.responses) {
     const PlsFigures& figures = response.components[static_cast<std::size_t>(result.kept - 1)];
-    const int decimals = decimalsFor(response.sd);
-    std::vector<std::string> cells{response.name, fixed(figures.rmse, decimals),
-                                   fixed(figures.crossValidatedRmse, decimals)};
+    const double sd = response.sd;
+    std::vector<std::string> cells{response.name, sized(figures.rmse, sd, kFigures),
+                                   sized(figures.crossValidatedRmse, sd, kFigures)};
     if (known) {
-      cells.push_back(response.predicted ? fixed(response.predicted->rmse, decimals) : "-");
-      cells.push_back(response.predicted ? fixed(response.predicted->bias, decimals) : "-");
+      cells.push_back(response.predicted ? sized(response.predicted->rmse, sd, kFigures) : "-");
+      cells.push_back(response.predicted ? sized(response.predicted->bias, sd, kFigures) : "-");
     }
-    cells.push_back(fixed(response.sd, decimals));
+    cells.push_back(sized(sd, sd, kFigures));
     table.row(std::move(cells));
   }
   return table.text();

@@ -120,10 +120,8 @@ PreparedPls preparePls(const TableView& table, const PartialLeastSquaresOptions&
   prepared.data = prepare(
       table, {.responses = options.responses, .foldColumn = options.folds.column, .predictWithoutResponse = true},
       options.data, watch);
-  for (const std::string& response : options.responses) {
-    prepared.responses.emplace_back();
-    for (const BlockRow& row : prepared.data.modelRows) prepared.responses.back().push_back(*responseOf(row, response));
-  }
+  for (const std::string& response : options.responses)
+    prepared.responses.push_back(responsesOf(prepared.data, response));
   requireEnough(prepared, table, options);
   prepared.folds = foldsThatCanRun(options.folds, labelsOf(prepared.data.modelRows, options.folds.column),
                                    prepared.data.used.rows, prepared.data.remarks);

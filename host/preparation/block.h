@@ -3,6 +3,8 @@
 
 #include <studystats/host/data.h>
 
+#include "host/preparation/magnitude.h"
+
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -15,8 +17,9 @@ struct Roles {
   std::string classColumn{};
   std::string foldColumn{};  // says which rows are held out together
   bool predictWithoutResponse =
-      false;                 // a row whose response or class is missing is kept out of the model and predicted
-  bool keepRepeats = false;  // constant columns, and those that repeat another, stay: each counts in the analysis
+      false;                    // a row whose response or class is missing is kept out of the model and predicted
+  bool keepRepeats = false;     // constant columns, and those that repeat another, stay: each counts in the analysis
+  double mostSize = kMostSize;  // of prepared numbers that the analysis can take
 };
 
 // A descriptor on its way: its cells over all rows of the block, not-a-number where missing.

@@ -135,6 +135,17 @@ std::vector<double> productCells(const std::vector<const BlockColumn*>& sources,
   return cells;
 }
 
+bool isZero(double cell) { return cell == 0 || std::isnan(cell); }
+
+// Powers and products of numbers other than 0 that are 0 in every row would pass for a constant.
+void requireNotLost(const std::string& heading, const std::vector<double>& cells, const auto& sourceIsZero) {
+  if (!std::all_of(cells.begin(), cells.end(), isZero)) return;
+  for (std::size_t i = 0; i < cells.size(); ++i)
+    if (cells[i] == 0 && !sourceIsZero(i))
+      throw NotComputed(
+          fmt::format("{} is too small for a number in every row. Multiply its columns by a power of ten.", heading));
+}
+
 // A view with the block's headings, so that patterns name descriptors as they name table columns.
 std::vector<std::size_t> sourcesOf(const Block& block, std::size_t given, const Derivation& derivation) {
   TableView headings;
@@ -171,6 +182,8 @@ void applyTransforms(Block& block, const std::vector<Transform>& transforms, std
            fmt::format("{} cannot be computed for {}, which became missing: {} has {} in {}.", heading,
                        counted(outside, "cell", "cells"), block.rows[first].name, exact(before[first]), column.name),
            {block.rows[first].name}});
+    if (transform.kind == Transform::Kind::Square || transform.kind == Transform::Kind::Cube)
+      requireNotLost(heading, column.cells, [&](std::size_t i) { return isZero(before[i] + transform.shift); });
     column.recipe.factors.front().transforms.push_back(transform);
     column.formula = heading;
     column.name = heading;
@@ -207,6 +220,9 @@ void deriveColumns(Block& block, const std::vector<Derivation>& derivations, std
       if (!std::all_of(cells.begin(), cells.end(), [](double x) { return std::isfinite(x); }))
         throw NotComputed(
             fmt::format("{} is too large for a number in some rows. Try --transform on its columns first.", formula));
+      requireNotLost(formula, cells, [&](std::size_t i) {
+        return std::any_of(factors.begin(), factors.end(), [&](std::size_t f) { return columns[f]->cells[i] == 0; });
+      });
     }
   }
   for (BlockColumn& column : derived) block.columns.push_back(std::move(column));

@@ -4,8 +4,20 @@
 #include <algorithm>
 #include <cmath>
 #include <span>
+#include <string>
+#include <string_view>
 
 namespace studystats {
+
+// Prepared numbers and responses can be analysed when the largest of a column is 0 or between 1 / kMostSize and
+// kMostSize. The analyses multiply up to four of them, two covariances in the eigensolver and two squared distances in
+// the limits, and sum over the rows: from there to the ends of a double's range is room enough for both.
+inline constexpr double kMostSize = 1e60;
+
+// Throws NotComputed, with the column's name and its cells, unless the numbers made of them can be analysed. `most`
+// stands in the place of kMostSize; `remedy` ends the sentence.
+void requireSize(std::span<const double> numbers, double most, const std::string& column, std::span<const double> cells,
+                 std::string_view remedy);
 
 // The power of two that brings the largest magnitude of a column close to 1; 1 for a column of zeros. Products with it
 // are exact, so that figures of the column times this factor have the same digits. Not-a-number is passed over.

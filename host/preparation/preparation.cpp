@@ -2,6 +2,8 @@
 
 #include "host/names.h"
 #include "host/preparation/same_information.h"
+#include "host/preparation/standardisation.h"
+#include "host/preparation/used_text.h"
 #include "host/text.h"
 
 #include <fmt/format.h>
@@ -53,14 +55,15 @@ void markTestRows(Block& block, const TableView& table, const TestRows& test) {
                      {.file = table.name(), .option = "--test-column"});
 }
 
-// A row without a response cannot be trained on.
+// A row without a response, or with an infinite one, cannot be trained on.
 void markWithoutResponse(Block& block, const Roles& roles) {
   std::vector<std::string> wanted = roles.responses;
   if (!roles.classColumn.empty()) wanted.push_back(roles.classColumn);
   for (BlockRow& row : block.rows)
     for (const std::string& response : wanted) {
       const TableView::Column* column = row.table->find(response);
-      if (!column || column->missing(row.tableRow)) row.role = Role::Predicted;
+      const bool infinite = column && column->kind == ColumnKind::Numeric && std::isinf(column->numbers[row.tableRow]);
+      if (!column || infinite || column->missing(row.tableRow)) row.role = Role::Predicted;
     }
 }
 
@@ -102,40 +105,9 @@ std::vector<double> modelCells(const Block& block, const BlockColumn& column) {
   return cells;
 }
 
-StatsCalcUtils::STATS_STANDARDIZATION_TYPE libraryType(Scaling scaling) {
-  switch (scaling) {
-    case Scaling::Autoscale:
-    case Scaling::Pareto:
-      return StatsCalcUtils::STATS_STANDARDIZE_AUTOSCALE;
-    case Scaling::Range:
-      return StatsCalcUtils::STATS_STANDARDIZE_RANGE;
-    case Scaling::Centre:
-      return StatsCalcUtils::STATS_STANDARDIZE_MEAN_CENTRE;
-    case Scaling::None:
-      break;
-  }
-  return StatsCalcUtils::STATS_STANDARDIZE_NONE;
-}
-
-// Standardises column j of the model's block in place and keeps what was subtracted and divided by.
-void standardise(std::vector<double>& data, std::int32_t n, std::int32_t p, std::int32_t j, Scaling scaling,
-                 UsedData& used) {
-  double divisor = 1, offset = 0;
-  const auto begin = data.begin() + static_cast<std::ptrdiff_t>(n) * j, end = begin + n;
-  if (scaling == Scaling::Pareto) {  // the library gives the standard deviation; its square root divides
-    std::vector<double> column(begin, end);
-    StatsCalcUtils::StandardizeData(column, n, 1, 0, libraryType(scaling), divisor, offset);
-    divisor = std::sqrt(divisor);
-    std::transform(begin, end, begin, [&](double x) { return (x - offset) / divisor; });
-  } else {
-    StatsCalcUtils::StandardizeData(data, n, p, j, libraryType(scaling), divisor, offset);
-  }
-  used.shift.push_back(offset);
-  used.scale.push_back(divisor);
-}
-
 // The model's rows as the library's dense table, prepared column by column.
-Grid modelGrid(const Block& block, const std::vector<BlockRow>& rows, Scaling scaling, UsedData& used) {
+Grid modelGrid(const Block& block, const std::vector<BlockRow>& rows, Scaling scaling, const Roles& roles,
+               UsedData& used) {
   const std::int32_t n = count32(rows.size()), p = count32(block.columns.size());
   CompleteDataArray table(n, p);
   std::vector<std::string> sources, names;
@@ -153,17 +125,28 @@ Grid modelGrid(const Block& block, const std::vector<BlockRow>& rows, Scaling sc
 
   Grid grid{rows.size(), block.columns.size(), {}};
   table.GetDataColumnMajor(&grid.values);
-  for (std::int32_t j = 0; j < p; ++j) standardise(grid.values, n, p, j, scaling, used);
+  for (std::size_t j = 0; j < grid.columns; ++j)
+    standardise(std::span(grid.values).subspan(j * grid.rows, grid.rows), block.columns[j].name, scaling, roles, used);
   return grid;
+}
+
+[[noreturn]] void refuseFarRow(const UsedData& used, const BlockRow& row, const BlockColumn& column, double cell) {
+  throw NotComputed(
+      fmt::format("{} has {} in {}, too far from the rows of the model to calculate with. Correct the cell, or leave "
+                  "the row out.",
+                  shownRow(used, row.name), exact(cell), column.name));
 }
 
 Grid predictedGrid(const Block& block, const UsedData& used, std::size_t rows) {
   Grid grid{rows, block.columns.size(), {}};
   grid.values.reserve(rows * block.columns.size());
   for (std::size_t j = 0; j < block.columns.size(); ++j)
-    for (std::size_t i = 0; i < block.rows.size(); ++i)
-      if (block.rows[i].role == Role::Predicted)
-        grid.values.push_back((block.columns[j].cells[i] - used.shift[j]) / used.scale[j]);
+    for (std::size_t i = 0; i < block.rows.size(); ++i) {
+      if (block.rows[i].role != Role::Predicted) continue;
+      const double cell = block.columns[j].cells[i];
+      grid.values.push_back((cell - used.shift[j]) / used.scale[j]);
+      if (!(std::abs(grid.values.back()) <= kMostSize)) refuseFarRow(used, block.rows[i], block.columns[j], cell);
+    }
   return grid;
 }
 
@@ -327,7 +310,7 @@ Prepared prepare(const TableView& table, const Roles& roles, const DataOptions& 
     used.recipes.push_back(column.recipe);
   }
   record(asked, prepared, block, used);
-  prepared.model = modelGrid(block, prepared.modelRows, options.scaling, used);
+  prepared.model = modelGrid(block, prepared.modelRows, options.scaling, roles, used);
   prepared.predicted = predictedGrid(block, used, prepared.predictedRows.size());
   return prepared;
 }

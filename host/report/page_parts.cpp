@@ -109,9 +109,10 @@ std::string explainedText(double value) {
   return (value < 0 ? "−" : "") + text;
 }
 
-int decimalsFor(double spread) {
-  return spread > 0 && std::isfinite(spread) ? std::clamp(2 - static_cast<int>(std::floor(std::log10(spread))), 0, 12)
-                                             : 3;
+ReportColumn columnOfSize(std::string field, std::string heading, double spread) {
+  const double decimals = 2 - std::floor(std::log10(spread));
+  if (decimals > 12) return {std::move(field), std::move(heading), CellKind::Number, 4};
+  return {std::move(field), std::move(heading), CellKind::Fixed, static_cast<int>(std::max(0.0, decimals))};
 }
 
 std::string nameOfTable(const UsedData& used) { return shownTable(used); }

@@ -31,8 +31,8 @@ std::string rowHeading(const UsedData& used);   // the column that names the row
 // R², q² and the like: as many decimals as tell them from 1, and a true minus sign.
 std::string explainedText(double value);
 
-// Decimals at which a quantity with this spread shows three to four figures.
-int decimalsFor(double spread);
+// A column of numbers of which three to four figures are shown at the size of their spread.
+ReportColumn columnOfSize(std::string field, std::string heading, double spread);
 
 // "bloodbrain.csv: 208 rows, 131 descriptors"
 std::string madeFrom(const UsedData& used);

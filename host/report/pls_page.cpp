@@ -190,14 +190,13 @@ std::vector<ReportTable> tablesOf(const Pls& result) {
   for (std::size_t k = 0; k < count; ++k) {
     const PlsResponse& response = result.responses[k];
     const std::string whose = count > 1 ? response.name + ", " : std::string();
-    const int decimals = decimalsFor(response.sd);
     descriptors.columns.push_back({fieldOf("coefficient", k, count), whose + "coefficient", CellKind::Number, 6});
     descriptors.columns.push_back({fieldOf("error", k, count), whose + "jackknife error", CellKind::Number, 3});
     descriptors.columns.push_back({fieldOf("prepared", k, count), whose + "prepared", CellKind::Bar, 3});
     rows.columns.push_back({fieldOf("observed", k, count), whose + "observed", CellKind::Value, 8});
-    rows.columns.push_back({fieldOf("heldOut", k, count), whose + "held out", CellKind::Fixed, decimals});
-    rows.columns.push_back({fieldOf("heldOutError", k, count), whose + "error, held out", CellKind::Fixed, decimals});
-    rows.columns.push_back({fieldOf("fitted", k, count), whose + "fitted", CellKind::Fixed, decimals});
+    rows.columns.push_back(columnOfSize(fieldOf("heldOut", k, count), whose + "held out", response.sd));
+    rows.columns.push_back(columnOfSize(fieldOf("heldOutError", k, count), whose + "error, held out", response.sd));
+    rows.columns.push_back(columnOfSize(fieldOf("fitted", k, count), whose + "fitted", response.sd));
   }
   rows.columns.push_back({"fold", "fold", CellKind::Whole});
   rows.columns.push_back({"t2", "T²", CellKind::Number, 3});

@@ -158,17 +158,17 @@ std::vector<ReportTable> tablesOf(const Regression& result) {
                        {"r2", "R²", CellKind::Fixed, 3},
                        {"s", "s", CellKind::Number, 4},
                        {"f", "F", CellKind::Number, 4}}});
-  const int decimals = decimalsFor(result.responseSd);
+  const double sd = result.responseSd;
   ReportTable rows{"rows", "Rows", samplingText(result.rows.size()), "rows", {{"row", rowHeading(result.used)}}};
   if (!result.used.predictedRows.empty()) rows.columns.push_back({"role", "role"});
   rows.columns.push_back({"observed", "observed", CellKind::Value, 8});
   if (result.validation) {
-    rows.columns.push_back({"heldOut", "predicted, held out", CellKind::Fixed, decimals});
-    rows.columns.push_back({"heldOutError", "error, held out", CellKind::Fixed, decimals});
+    rows.columns.push_back(columnOfSize("heldOut", "predicted, held out", sd));
+    rows.columns.push_back(columnOfSize("heldOutError", "error, held out", sd));
     rows.columns.push_back({"fold", "fold", CellKind::Whole});
   }
-  rows.columns.push_back({"fitted", "fitted", CellKind::Fixed, decimals});
-  rows.columns.push_back({"residual", "residual", CellKind::Fixed, decimals});
+  rows.columns.push_back(columnOfSize("fitted", "fitted", sd));
+  rows.columns.push_back(columnOfSize("residual", "residual", sd));
   rows.columns.push_back({"standardised", "standardised", CellKind::Fixed, 2});
   rows.columns.push_back({"leverage", "leverage", CellKind::Number, 3});
   tables.push_back(std::move(rows));

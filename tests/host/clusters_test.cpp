@@ -563,7 +563,7 @@ TEST(Clusters, CarryClassesAndResponsesAlong) {
 
 TEST(Clusters, RefuseWhatTheyCannotDoWithASentence) {
   const Table iris = example("iris.csv");
-  const Table huge = tableOf({{1e300, -1e300, 3e299}, {1, 2, 4}}), two = tableOf({{1, 2, 2, 2}});
+  const Table two = tableOf({{1, 2, 2, 2}});
   TableView millions;
   const std::vector<double> cells = [] {
     std::vector<double> all(1000000);
@@ -592,7 +592,6 @@ TEST(Clusters, RefuseWhatTheyCannotDoWithASentence) {
   startsWith(sentence(iris, {.method = Method::KMeans, .seed = -1}), "2: --seed -1");
   startsWith(sentence(iris, {.data = {.exclude = {"*"}}}), "1: no descriptor is left");
   startsWith(sentence(tableOf({{1}}), {}), "1: too few rows");
-  startsWith(sentence(huge, {.data = {.scaling = Scaling::None}}), "1: the distances could not be computed");
   EXPECT_EQ(sizesOf(cluster(two, {.clusters = 2})), (std::vector<std::size_t>{3, 1}));
   try {
     cluster(millions, {});

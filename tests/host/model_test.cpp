@@ -256,6 +256,7 @@ TEST(PredictFile, GivesWhatTheTableInMemoryGives) {
           EXPECT_EQ(row.prediction.row, "row " + std::to_string(i));
           EXPECT_EQ(row.prediction.values, expected[i].values);
           EXPECT_EQ(row.prediction.missing.has_value(), i % 1000 == 7);
+          EXPECT_TRUE(!row.prediction.missing || !row.prediction.inDomain());
           EXPECT_EQ(row.observed[0].has_value(), i % 5 != 0);
           ++i;
         });
@@ -281,6 +282,8 @@ TEST(PredictFile, NamesWhatItCannotUse) {
   };
   EXPECT_NE(told("x1,z2\n1,2\n").find("has no column \"x2\"; the model needs it."), std::string::npos);
   EXPECT_NE(told("x1,x2\n1,2\n3,abc\n").find("line 3, column 2 (x2): \"abc\" is not a number"), std::string::npos);
+  EXPECT_NE(told("x1,x2,y\n1,2,3\n3,2,1e99\n").find("line 3, column 3 (y): \"1e99\" is out of range"),
+            std::string::npos);
   EXPECT_NE(told("x1,x2\n1,2\n3\n").find("line 3: 1 cell where the heading has 2"), std::string::npos);
   EXPECT_NE(told("x1,x2\n").find("a heading but no rows"), std::string::npos);
   EXPECT_NE(told("x1,x2\n1,2\n", {.observed = "yy"}).find("has no column \"yy\""), std::string::npos);

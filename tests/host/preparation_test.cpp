@@ -190,6 +190,12 @@ TEST(MadeColumns, AreTransformsInPlaceAndProductsAppended) {
   EXPECT_EQ(result.used.formulas, (std::vector<std::string>{"x -> log10 ( x )", "y -> log ( y )", "log10 ( x )^2",
                                                             "z^2", "log10 ( x ) * z"}));
 
+  const Table small = tableOf({{"x", {1e-200, 2e-200, 3e-200}}, {"u", {0, 1, 0}}, {"v", {1, 0, 0}}});
+  for (const DataOptions& squared : {DataOptions{.transforms = {{"x", Transform::Kind::Square}}},
+                                     DataOptions{.derivations = {{Derivation::Kind::Squares, {"x"}}}}})
+    EXPECT_NE(sentence(small, squared).find("^2 is too small for a number in every row."), std::string::npos);
+  EXPECT_EQ(sentence(small, {.derivations = {{Derivation::Kind::CrossProducts, {"u", "v"}}}}), "nothing was thrown");
+
   EXPECT_EQ(sentence(table, {.transforms = {{"w", Transform::Kind::Ln}}}).substr(0, 46),
             "--transform w: there is no descriptor \"w\".");
   std::vector<std::pair<std::string, std::vector<double>>> many;

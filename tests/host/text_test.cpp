@@ -50,6 +50,9 @@ TEST(Numbers, KeepTheDigitsAskedFor) {
   EXPECT_EQ(significant(std::optional<double>(), 6), "-");
   EXPECT_EQ(fixed(-0.0004, 3), "0.000");
   EXPECT_EQ(fixed(-0.0006, 3), "-0.001");
+  EXPECT_EQ(sized(3.14159, 12.5, 4), "3.14");
+  EXPECT_EQ(sized(3.14159e-21, 2.7e-20, 4), "3.142e-21");
+  EXPECT_EQ(sized(-12345.6, 99999, 3), "-12346");
   EXPECT_EQ(percent(0.3619), "36.2 %");
   EXPECT_EQ(percent(0.95, 0), "95 %");
 }

@@ -20,7 +20,8 @@ struct ModelData;  // the library's own
 // What a model says of one row. What the kind of model does not have is empty.
 struct Prediction {
   std::string row{};
-  std::optional<std::string> missing{};             // a needed column whose cell is missing: then nothing below is set
+  std::optional<std::string> missing{};             // why there is none: a needed column whose cell is missing, or a
+                                                    // descriptor out of reach of the model; nothing below is set then
   std::vector<double> values{};                     // one a response (regression, partial least squares)
   std::vector<std::optional<double>> halfWidths{};  // of the intervals about them; absent without a validation
   std::string predictedClass{};                     // discriminant analysis: the nearest class, ...
@@ -33,7 +34,7 @@ struct Prediction {
   std::optional<double> q{};                        // components: squared distance from it
   std::string outside{};  // the descriptor that carries the row farthest out of the domain; empty inside it
 
-  bool inDomain() const { return outside.empty(); }
+  bool inDomain() const { return !missing && outside.empty(); }
 };
 
 class STUDYSTATS_API Model {
