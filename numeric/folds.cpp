@@ -60,8 +60,9 @@ Folds Folds::drawn(std::int32_t rows, std::int32_t count, std::int32_t heldOut, 
   for (std::int32_t fold = 0; fold < count; ++fold) {
     left.assign(n, 1);
     folds.ends_.push_back(folds.drawn_.size());
-    core::drawTraining(rows, heldOut, usable.data(), left.data(), generator,
-                       [&](std::int32_t row) { folds.drawn_.push_back(row); });
+    core::drawTraining(
+        rows, heldOut, usable.data(), left.data(), [&] { return generator(); },
+        [&](std::int32_t row) { folds.drawn_.push_back(row); });
     folds.ends_.push_back(folds.drawn_.size());
     for (std::int32_t row = 0; row < rows; ++row)
       if (left[static_cast<std::size_t>(row)] == 1) folds.drawn_.push_back(row);
