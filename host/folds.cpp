@@ -3,38 +3,12 @@
 #include "host/text.h"
 
 #include <fmt/format.h>
-#include <studystats/analyses.h>
 
 #include <algorithm>
 #include <cmath>
 #include <numeric>
 
 namespace studystats {
-namespace {
-
-std::mutex& validating() {
-  static std::mutex mutex;
-  return mutex;
-}
-
-// Rows are drawn into the training set until leaveOut are left; a row drawn already, or an index outside the rows, is
-// drawn again. The index is formed in 32-bit floats.
-FoldRows drawnRows(std::size_t n, std::size_t leaveOut) {
-  FoldRows rows;
-  std::vector<bool> drawn(n, false);
-  while (rows.training.size() + leaveOut < n) {
-    const auto row = static_cast<std::int64_t>(Nmrand(0) * static_cast<float>(n));
-    if (row < 0 || row >= static_cast<std::int64_t>(n) || drawn[static_cast<std::size_t>(row)]) continue;
-    drawn[static_cast<std::size_t>(row)] = true;
-    rows.training.push_back(static_cast<std::size_t>(row));
-  }
-  for (std::size_t row = 0; row < n; ++row)
-    if (!drawn[row]) rows.heldOut.push_back(row);
-  return rows;
-}
-
-}  // namespace
-
 void checkFolds(const Folds& folds) {
   const auto refuse = [](const std::string& text) { throw BadOptions(text, {.option = "--folds"}); };
   if (folds.kind == Folds::Kind::Systematic && folds.groups < 2)
@@ -78,30 +52,6 @@ RunFolds foldsThatCanRun(const Folds& folds, const std::vector<std::string>& lab
   return run;
 }
 
-// N draws that hold out P percent are k = round(100 / P) groups and a fraction of (N + 0.5) / k: cutting N + 0.5 to an
-// integer cannot lose one.
-FoldSettings settingsOf(const Folds& folds) {
-  switch (folds.kind) {
-    case Folds::Kind::LeaveOneOut:
-      return {.method = 1, .groups = 0};
-    case Folds::Kind::Systematic:
-      return {.method = 1, .groups = folds.groups};
-    case Folds::Kind::Column:
-      return {.method = 1, .groups = 1};
-    case Folds::Kind::Random:
-      break;
-  }
-  const double groups = std::round(1 / folds.draws.heldOut);
-  return {.method = 2,
-          .groups = static_cast<std::int32_t>(groups),
-          .fraction = static_cast<float>((folds.draws.draws + 0.5) / groups)};
-}
-
-ValidatingAlone::ValidatingAlone(std::int32_t seed) : lock_(validating()) {
-  Nmrrst();
-  Nmrand(seed);
-}
-
 engine::Generator generatorFrom(std::int32_t seed) {
   engine::Generator generator(seed);
   generator();
@@ -138,8 +88,8 @@ FoldPlan planOf(const engine::Folds& run, const RunFolds& folds, std::size_t n) 
 }
 
 std::size_t randomLeaveOut(const Folds& folds, std::size_t rows) {
-  const auto groups = static_cast<std::size_t>(settingsOf(folds).groups);
-  return groups > 0 && groups < rows ? (rows + groups - 1) / groups : 1;
+  const auto groups = static_cast<std::size_t>(std::round(1 / folds.draws.heldOut));
+  return groups < rows ? (rows + groups - 1) / groups : 1;
 }
 
 FoldPlan planOf(std::int32_t foldsPlanned, const RunFolds& folds, std::size_t n) {
@@ -190,28 +140,6 @@ std::string explainedFolds(const RunFolds& folds, std::size_t n, const std::stri
   const std::string size =
       n % groups == 0 ? fmt::to_string(n / groups) : fmt::format("{} or {}", n / groups, n / groups + 1);
   return fmt::format("{} folds of {} rows, dealt in the order of {}", groups, size, order);
-}
-
-RowsOfFolds::RowsOfFolds(const RunFolds& folds, const FoldPlan& plan, std::span<const std::int32_t> order,
-                         std::size_t drawsBefore)
-    : folds_(plan.folds), foldOf_(folds.foldOf) {
-  if (folds.kind == Folds::Kind::Column || folds_ == 0) return;
-  if (folds.kind != Folds::Kind::Random) {
-    foldOf_.resize(order.size());  // entry i of the validation order is in group i mod G
-    for (std::size_t i = 0; i < order.size(); ++i) foldOf_[static_cast<std::size_t>(order[i] - 1)] = i % folds_;
-    return;
-  }
-  const ValidatingAlone alone(folds.seed);
-  for (std::size_t f = 0; f < drawsBefore; ++f) drawnRows(order.size(), randomLeaveOut(folds, order.size()));
-  for (std::size_t f = 0; f < folds_; ++f) drawn_.push_back(drawnRows(order.size(), plan.largest));
-}
-
-FoldRows RowsOfFolds::operator[](std::size_t fold) const {
-  if (!drawn_.empty()) return drawn_[fold];
-  FoldRows rows;
-  for (std::size_t row = 0; row < foldOf_.size(); ++row)
-    (foldOf_[row] == fold ? rows.heldOut : rows.training).push_back(row);
-  return rows;
 }
 
 }  // namespace studystats

@@ -1,4 +1,4 @@
-// Validation folds as the host asks for them: checked, handed to an entry point, described, and found again row by row.
+// Validation folds as the host asks for them: checked, made for the engine, and described.
 #pragma once
 
 #include <studystats/engine/folds.h>
@@ -6,7 +6,6 @@
 #include <studystats/host/validation.h>
 
 #include <cstdint>
-#include <mutex>
 #include <span>
 #include <string>
 #include <utility>
@@ -30,24 +29,7 @@ struct RunFolds : Folds {
 RunFolds foldsThatCanRun(const Folds& folds, const std::vector<std::string>& labels,
                          const std::vector<std::string>& rowNames, std::vector<Remark>& remarks);
 
-// How an entry point takes folds; those of a column it cannot take, and is given one group, which trains on nothing.
-struct FoldSettings {
-  std::int32_t method = 1, groups = 0;
-  float fraction = 0;
-};
-FoldSettings settingsOf(const Folds& folds);
-
-// The library's validation settings and generator are process-wide: while this object lives, no other validating
-// analysis of the host runs; random draws begin where the seed says.
-class ValidatingAlone {
- public:
-  explicit ValidatingAlone(std::int32_t seed);
-
- private:
-  std::unique_lock<std::mutex> lock_;
-};
-
-// The same as values, which take nothing that the process shares. order: the model's rows, from 0, as systematic groups
+// The folds as the engine takes them. order: the model's rows, from 0, as systematic groups
 // are dealt to them.
 engine::Folds engineFolds(const RunFolds& folds, std::span<const std::int32_t> order);
 
@@ -63,28 +45,5 @@ FoldPlan planOf(const engine::Folds& run, const RunFolds& folds, std::size_t n);
 
 std::string describedFolds(const FoldPlan& plan);  // "7 folds", "leave-one-out, 208 folds"
 std::string explainedFolds(const RunFolds& folds, std::size_t n, const std::string& order);  // for --explain
-
-// What each fold held out and trained on, as the library built it.
-struct FoldRows {
-  std::vector<std::size_t> training;  // rows from 0: increasing for dealt groups, else as they were drawn
-  std::vector<std::size_t> heldOut;   // increasing
-};
-
-class RowsOfFolds {
- public:
-  // order: the rows in validation order, counted from 1, as the entry point returned them; all of them are usable.
-  // Draws random folds again from the seed, so no ValidatingAlone may be alive in the caller. drawsBefore: random folds
-  // that were drawn before a validation started over with one row a fold.
-  RowsOfFolds(const RunFolds& folds, const FoldPlan& plan, std::span<const std::int32_t> order,
-              std::size_t drawsBefore = 0);
-
-  std::size_t size() const { return folds_; }
-  FoldRows operator[](std::size_t fold) const;  // from 0
-
- private:
-  std::size_t folds_;
-  std::vector<std::size_t> foldOf_;  // of each row, when each is held out once
-  std::vector<FoldRows> drawn_;      // else
-};
 
 }  // namespace studystats

@@ -18,8 +18,8 @@ namespace {
 
 using namespace studystats::core;  // NOLINT(google-build-using-namespace)
 
-DaRules rulesOf(const DiscriminantRules& rules, std::int32_t p) {
-  const std::int32_t most = rules.mostVariables < 1 ? p : std::min(rules.mostVariables, p);
+DaRules rulesOf(const DiscriminantRules& rules, std::int32_t n, std::int32_t p) {
+  const std::int32_t most = std::min(rules.mostVariables < 1 ? n : rules.mostVariables, p);
   switch (rules.choice) {
     case VariableChoice::Automatic:
       return {kAutomatic, 0, most};
@@ -34,9 +34,9 @@ DaRules rulesOf(const DiscriminantRules& rules, std::int32_t p) {
 }
 
 DaProblem problemOf(const DiscriminantTask& task) {
-  const std::int32_t p = std::max(task.table.columns, 0);
-  return {{task.table.data, task.table.ld}, task.classOf.data(),   0, std::max(task.table.rows, 0), p,
-          std::max(task.classes, 0),        rulesOf(task.rules, p)};
+  const std::int32_t n = std::max(task.table.rows, 0), p = std::max(task.table.columns, 0);
+  const DaRules rules = rulesOf(task.rules, n, p);
+  return {{task.table.data, task.table.ld}, task.classOf.data(), 0, n, p, std::max(task.classes, 0), rules};
 }
 
 struct AllRowsScratch {
@@ -92,7 +92,7 @@ void scaleDistances(const DaFit& fit, double* distances, std::int32_t n, std::in
 
 }  // namespace
 
-struct Discriminant::State {
+struct [[gnu::visibility("hidden")]] Discriminant::State {
   State(const DiscriminantTask& task, std::int32_t nPlaces)
       : problem(problemOf(task)), size(problem.n, problem.p, problem.g, problem.rules), all(size) {
     places.reserve(static_cast<std::size_t>(std::max(nPlaces, 0)));
@@ -249,7 +249,7 @@ DiscriminantFold Discriminant::fold(const FoldSource& folds, std::int32_t number
 
 void Discriminant::add(const DiscriminantFold& fold) { addFold(state_->problem, fold, state_->validated()); }
 
-void Discriminant::startOver() { state_->validated().clear(state_->size.p, state_->size.g); }
+void Discriminant::restart() { state_->validated().clear(state_->size.p, state_->size.g); }
 
 DiscriminantValidation Discriminant::validation() const {
   const AllRowsScratch& s = *state_->all;

@@ -56,7 +56,7 @@ std::span<const double> numbers(const Array<double>& array, std::int32_t n) {
 
 }  // namespace
 
-struct PrincipalComponents::State {
+struct [[gnu::visibility("hidden")]] PrincipalComponents::State {
   explicit State(const PrincipalComponentsTask& asked) : task(asked), size(asked), scratch(size, asked) {}
 
   std::int32_t fromVariables(Pace& pace);

@@ -1,7 +1,7 @@
 // Principal components through the host layer, against R and against their own definitions.
 #include <studystats/host.h>
 
-#include "host/monitor.h"
+#include "host/watch.h"
 
 #include <gtest/gtest.h>
 
@@ -188,12 +188,6 @@ TEST(PrincipalComponents, ReportProgressThatNeverFallsAndStopAtAnyReport) {
 TEST(TheHostsMonitor, CarriesTheCallersAnswerThroughTheLibrary) {
   struct Upset {};
   std::vector<double> percents;
-  const auto fold = [](HostMonitor& monitor, std::int32_t g, std::int32_t of) {
-    ProgressMonitor* handle = monitor.monitor();
-    std::int32_t goOn = -1;
-    updateminorprogress(&handle, &g, &of, &goOn);
-    return goOn;
-  };
   const ProgressCallback callback = [&](const Progress& p) {
     percents.push_back(p.percent);
     EXPECT_EQ(p.text, "fold " + std::to_string(p.done + 1) + " of 4");
@@ -202,17 +196,12 @@ TEST(TheHostsMonitor, CarriesTheCallersAnswerThroughTheLibrary) {
   };
   const StopSignal never;
   Watch watch(callback, never);
-  {
-    HostMonitor monitor(watch, "folds", "fold ", 20, 80);
-    EXPECT_EQ(fold(monitor, 1, 4), 1);
-    EXPECT_EQ(fold(monitor, 2, 4), 1);
-    EXPECT_NO_THROW(monitor.rethrow());
-    EXPECT_EQ(fold(monitor, 3, 4), 0);  // the exception waits
-    EXPECT_EQ(monitor.reports(), 3);
-    EXPECT_THROW(monitor.rethrow(), Upset);
-    EXPECT_EQ(monitor.AddRef(), 3u);  // one of ours, one of the ProgressMonitor's, this one
-    EXPECT_EQ(monitor.Release(), 2u);
-  }
+  EngineWatch asked(watch, "folds", 20, 80);
+  const auto begins = [](std::int32_t fold) { return engine::Progress{fold, 4, true}; };
+  EXPECT_TRUE(asked(begins(1)));
+  EXPECT_TRUE(asked(begins(2)));
+  EXPECT_TRUE(asked({2, 4, false}));  // too soon for another word
+  EXPECT_THROW(asked(begins(3)), Upset);
   EXPECT_EQ(percents, (std::vector<double>{20, 35, 50}));
 }
 

@@ -36,7 +36,7 @@ enum class VariableChoice : std::int32_t {
 struct DiscriminantRules {
   VariableChoice choice = VariableChoice::Automatic;
   std::int32_t number = 1;         // of steps, for Number
-  std::int32_t mostVariables = 0;  // at which steps end in any case; below 1: no limit
+  std::int32_t mostVariables = 0;  // at which steps end in any case; below 1: as many as the table has rows
 };
 
 struct DiscriminantTask {
@@ -97,8 +97,8 @@ struct DiscriminantValidation {
 // differences in units of its standard deviation within classes, or plain ones when that is 0; its inverse is then
 // 1 / 0, infinite.
 //
-// Memory. Steps take n x m numbers a fit and some m columns of the covariance, not the whole matrix: what a limit of
-// mostVariables leaves room for is reserved, and costs nothing until it is used.
+// Memory. Steps take a copy of the rows of the fit and a column of the covariance for every variable that enters, not
+// the whole matrix. What mostVariables leaves room for is reserved, and costs nothing until it is used.
 class STUDYSTATS_API Discriminant {
  public:
   // Obtains all memory, for so many places to run folds. What the task views must outlive the object.
@@ -127,6 +127,7 @@ class STUDYSTATS_API Discriminant {
   // Fold by fold, in order; ends at a fold whose selection fails. Done, Singular, NotConverged or Stopped.
   template <class Keep>
   Status validate(const FoldSource& folds, const Checkpoint& checkpoint, Keep&& keep) {
+    restart();
     for (std::int32_t f = 0; f < folds.count; ++f) {
       const DiscriminantFold one = fold(folds, f, checkpoint);
       if (one.status == Status::Stopped) return one.status;
@@ -144,9 +145,9 @@ class STUDYSTATS_API Discriminant {
   // again.
   DiscriminantFold fold(const FoldSource& folds, std::int32_t number, const Checkpoint& checkpoint = {},
                         std::int32_t place = 0);
-  void add(const DiscriminantFold& fold);     // in the order of the folds
+  void add(const DiscriminantFold& fold);     // in the order of the folds; one that failed counts nothing
+  void restart();                             // forgets those added, as validate does at first
   DiscriminantValidation validation() const;  // of those added
-  void startOver();                           // no folds have been added
 
  private:
   struct State;
