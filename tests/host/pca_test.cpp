@@ -183,9 +183,8 @@ TEST(PrincipalComponents, ReportProgressThatNeverFallsAndStopAtAnyReport) {
   EXPECT_THROW(principalComponents(wine, {.stop = Token()}), Stopped);
 }
 
-// The library's own bridge drives the host's monitor: reports counted, the callback's answer and exceptions carried
-// back.
-TEST(TheHostsMonitor, CarriesTheCallersAnswerThroughTheLibrary) {
+// Folds that begin become reports, what lies between them is heard without one, and exceptions go straight through.
+TEST(EngineWatch, CarriesTheCallersAnswerToTheEngine) {
   struct Upset {};
   std::vector<double> percents;
   const ProgressCallback callback = [&](const Progress& p) {
