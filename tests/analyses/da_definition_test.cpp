@@ -74,6 +74,46 @@ TEST(DisAnl, EqualsThePlainTranscriptionBitForBitOnLargeTables) {
     }
 }
 
+// The whole matrix and single columns, around every block size; some variables so large or small that products overflow
+// or their quotients are not normal numbers.
+TEST(PooledCovariance, EqualsThePlainSumsBitForBit) {
+  constexpr std::int32_t g = 3;
+  for (const std::int32_t n : {4, 8, 9, 41})
+    for (const std::int32_t p : {1, 8, 127, 128, 129})
+      for (const int extreme : {0, 1, 2, 3}) {
+        DaCall call = randomCall(n, p, g, 20240616);
+        for (std::ptrdiff_t j = 0; j < p; ++j)
+          for (std::ptrdiff_t i = 0; i < n; ++i)
+            call.cell(i, j) *= extreme == 1 && j % 5 < 2 ? 1e-158 : extreme == 2 && j % 5 < 2 ? 1e158 : 1;
+        if (extreme == 3) call.cell(n / 2, p / 2) = std::numeric_limits<double>::quiet_NaN();
+        std::vector<std::int32_t> sizes(g);
+        for (std::ptrdiff_t i = 0; i < n; ++i) ++sizes[static_cast<std::size_t>(call.classOf[std::size_t(i)] - 1)];
+        const core::DaSamples samples{{call.data.data(), n}, call.classOf.data(), sizes.data(), n, p, g};
+
+        const auto area = static_cast<std::size_t>(p) * static_cast<std::size_t>(p);
+        std::vector<double> means(static_cast<std::size_t>(p * g)), plain(area), whole(area), columns(area);
+        std::vector<double> products(static_cast<std::size_t>(core::productScratch(p)));
+        core::Pace unasked;
+        core::poolCovariance(samples, {means.data(), p}, {whole.data(), p}, products.data(), unasked);
+        const auto deviation = [&](std::ptrdiff_t i, std::ptrdiff_t j) {
+          const std::ptrdiff_t c = call.classOf[static_cast<std::size_t>(i)] - 1;
+          return call.cell(i, j) - means[static_cast<std::size_t>(j + c * p)];
+        };
+        core::Obtained<core::CovarianceScratch> scratch(p, p);
+        core::PooledCovariance within(samples, {means.data(), p}, *scratch, unasked);
+        for (std::int32_t j = p - 1; j >= 0; --j) {
+          within.require(j, unasked);
+          for (std::int32_t k = 0; k < p; ++k) {
+            const auto at = static_cast<std::size_t>(k) + static_cast<std::size_t>(j) * static_cast<std::size_t>(p);
+            for (std::int32_t i = 0; i < n; ++i) plain[at] += deviation(i, k) * deviation(i, j) / (n - g);
+            columns[at] = within(k, j);
+          }
+        }
+        ASSERT_TRUE(sameBits(whole, plain)) << n << " x " << p << ", " << extreme;
+        ASSERT_TRUE(sameBits(columns, plain)) << n << " x " << p << ", " << extreme;
+      }
+}
+
 // The routines by address, on samples that stand in a larger array, give together what DisAnl gives.
 TEST(DisAnl, GivesWhatItsRoutinesGive) {
   constexpr std::int32_t n = 90, p = 7, g = 3, ld = 94, yes = 1;

@@ -219,7 +219,7 @@ std::int64_t pollsOf(const engine::PrincipalComponentsTask& task) {
 
 // Multiplications and additions of each step, counted by hand.
 TEST(PrincipalComponentsEngine, AsksWhetherToGoOnInEveryStep) {
-  constexpr std::int64_t n = 400, p = 500, wide = 60'000, few = 40;
+  constexpr std::int64_t n = 300, p = 250, wide = 20'000, few = 40;
   const Numbers data = randomNumbers(n, p, 20240705), wideData = randomNumbers(few, wide, 20240706);
   const Table table{data.data(), n, p, n}, wideTable{wideData.data(), few, wide, few};
   const auto expectAsked = [](std::int64_t polls, std::int64_t operations) {
