@@ -160,7 +160,7 @@ void Regression::State::keepModel(std::int32_t status, const FitArrays& arrays, 
 }
 
 Regression::Regression(const RegressionTask& task, std::int32_t folds, std::int32_t places) try {
-  auto state = std::make_unique<State>(task, folds, places);
+  auto state = std::make_unique<State>(task, folds, std::max(places, 1));
   if (!state->obtained()) return;
   AllRowsScratch& s = *state->all;
   state->rules.maxSteps = std::max(state->rules.maxSteps, 0);

@@ -89,7 +89,7 @@ struct [[gnu::visibility("hidden")]] PartialLeastSquares::State {
 };
 
 PartialLeastSquares::PartialLeastSquares(const PartialLeastSquaresTask& task, std::int32_t places) try {
-  auto state = std::make_unique<State>(task, places);
+  auto state = std::make_unique<State>(task, std::max(places, 1));
   if (!state->obtained()) return;
   AllRowsScratch& s = *state->all;
   if (task.rows.empty()) {

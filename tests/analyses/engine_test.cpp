@@ -4,6 +4,8 @@
 #include <studystats/analyses.h>
 #include <studystats/engine.h>
 
+#include <algorithm>
+#include <cmath>
 #include <thread>
 #include <vector>
 
@@ -182,6 +184,93 @@ TEST(EngineOfRegression, GivesTheBitsOfItsEntryPoint) {
     EXPECT_TRUE(sameBits(ours, theirs)) << plan.method << ' ' << plan.groups;
     EXPECT_NEAR(model.totalSquares - model.residualSquares, call.sumSq[0], 1e-12 * call.sumSq[0]);
     EXPECT_TRUE(std::equal(sums.timesChosen.begin(), sums.timesChosen.end(), call.selCount.begin()));
+  }
+}
+
+// The table with every missing descriptor replaced by the median of the rows.
+LatentTable filledBy(const LatentTable& data, std::span<const std::int32_t> rows) {
+  LatentTable filled = data;
+  for (std::size_t j = 0; j < static_cast<std::size_t>(data.p); ++j) {
+    double* column = filled.cells.data() + j * static_cast<std::size_t>(data.n);
+    Numbers present;
+    for (const std::int32_t i : rows)
+      if (!std::isnan(column[i])) present.push_back(column[i]);
+    std::sort(present.begin(), present.end());
+    const std::size_t half = present.size() / 2;
+    const double median = present.size() % 2 == 1 ? present[half] : (present[half - 1] + present[half]) / 2;
+    std::replace_if(
+        column, column + data.n, [](double value) { return std::isnan(value); }, median);
+  }
+  return filled;
+}
+
+double residual(const LatentTable& data, const engine::LinearModel& model, std::int32_t row) {
+  double sum = data.cells[static_cast<std::size_t>(data.p * data.n + row)] - model.intercept;
+  for (std::size_t a = 0; a < model.descriptors.size(); ++a)
+    sum -= model.coefficients[a] * data.cells[static_cast<std::size_t>(model.descriptors[a] * data.n + row)];
+  return sum;
+}
+
+// Least squares of those rows: the residuals are orthogonal to the constant and to every descriptor of the model.
+double furthestFromLeastSquares(const LatentTable& data, const engine::LinearModel& model,
+                                std::span<const std::int32_t> rows) {
+  double most = 0, sum = 0;
+  for (const std::int32_t i : rows) sum += residual(data, model, i);
+  most = std::fabs(sum);
+  for (const std::int32_t j : model.descriptors) {
+    double product = 0;
+    for (const std::int32_t i : rows)
+      product += residual(data, model, i) * data.cells[static_cast<std::size_t>(j * data.n + i)];
+    most = std::max(most, std::fabs(product));
+  }
+  return most;
+}
+
+TEST(EngineOfRegression, PreparesEveryFitByItsOwnRowsAndTellsItInTableUnits) {
+  const LatentTable data(40, 7, 31);
+  std::vector<std::int32_t> all;
+  for (std::int32_t i = 0; i < data.n; ++i) all.push_back(i);
+  const engine::Folds folds = drawnFolds(data.n, 32);
+  for (const std::int32_t maxSteps : {1, 3}) {
+    engine::Regression regression({.table = data.table(1),
+                                   .rules = {.fEnter = 1, .fRemove = 1, .maxSteps = maxSteps},
+                                   .preparation = kAutoscaledAndFilled},
+                                  folds.count());
+    ASSERT_EQ(regression.fit(), engine::Status::Done);
+    const LatentTable filled = filledBy(data, all);
+    const engine::RegressionModel model = regression.model();
+    ASSERT_EQ(std::ssize(model.model.descriptors), maxSteps);
+    EXPECT_LT(furthestFromLeastSquares(filled, model.model, all), 1e-9);
+    const engine::LinearModel nothing{};
+    double left = 0, mean = 0, total = 0;
+    for (const std::int32_t i : all) left += std::pow(residual(filled, model.model, i), 2);
+    for (const std::int32_t i : all) mean += residual(data, nothing, i) / data.n;
+    for (const std::int32_t i : all) total += std::pow(residual(data, nothing, i) - mean, 2);
+    EXPECT_NEAR(model.totalSquares, total, 1e-12 * total);
+    EXPECT_NEAR(model.residualSquares, left, 1e-10 * left);
+    EXPECT_NEAR(model.steps.back().s, std::sqrt(left / (data.n - 1 - maxSteps)), 1e-6 * std::sqrt(left));
+    if (maxSteps == 1) {
+      const double* x = filled.cells.data() + model.model.descriptors[0] * data.n;
+      double middle = 0, squares = 0;
+      for (const std::int32_t i : all) middle += x[i] / data.n;
+      for (const std::int32_t i : all) squares += std::pow(x[i] - middle, 2);
+      EXPECT_NEAR(model.inverseDiagonal[0] * squares, 1, 1e-12);
+    }
+
+    double press = 0;
+    const auto keep = [&](const engine::RegressionFold& fold) {
+      const LatentTable ofFold = filledBy(data, fold.rows.training);
+      EXPECT_LT(furthestFromLeastSquares(ofFold, fold.own, fold.rows.training), 1e-9);
+      EXPECT_LT(furthestFromLeastSquares(ofFold, fold.refit, fold.rows.training), 1e-9);
+      for (std::size_t i = 0; i < fold.predictions.size(); ++i) {
+        const std::int32_t row = fold.rows.heldOut[i];
+        const double error = residual(ofFold, fold.own, row);
+        EXPECT_NEAR(data.cells[static_cast<std::size_t>(data.p * data.n + row)] - fold.predictions[i], error, 1e-10);
+        press += folds.weight() * error * error;
+      }
+    };
+    ASSERT_EQ(regression.validate(folds.source(), {}, keep), engine::Status::Done);
+    EXPECT_NEAR(regression.validation().press, press, 1e-10 * press);
   }
 }
 

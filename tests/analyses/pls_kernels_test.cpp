@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <random>
 #include <vector>
@@ -113,6 +114,30 @@ TEST(WeightedSums, EqualThePlainLoopsInEveryShapeAtEveryMagnitude) {
             for (std::int32_t i = 0; i < rows; ++i) smallest = std::min(smallest, core::magnitudeKey(w.cell(i, j)));
           EXPECT_EQ(block.smallest, smallest);
         }
+}
+
+// Twelve million products each, of which a few million lie between two questions.
+TEST(WeightedSums, AskOftenWhateverTheShape) {
+  std::int64_t polls = 0;
+  const auto count = [&polls](const engine::Progress&) { return ++polls > 0; };
+  const engine::Checkpoint checkpoint(count);
+  for (const auto& [rows, columns] : {std::pair{3000, 4000}, {200000, 60}, {50, 240000}}) {
+    Numbers x(size(rows) * size(columns), 1.0), down(size(rows), 0.5), along(size(columns), 0.5);
+    core::Block block{{x.data(), rows}, rows, columns, core::magnitudeKey(1.0)};
+    const std::function<void(core::Pace&)> kernels[] = {
+        [&](core::Pace& pace) { core::columnSums(block, down.data(), 1, along.data(), pace); },
+        [&](core::Pace& pace) { core::rowSums(block, along.data(), 1, down.data(), pace); },
+        [&](core::Pace& pace) { core::deflate(block, down.data(), along.data(), pace); },
+        [&](core::Pace& pace) {
+          core::deflateAndSum(block, down.data(), along.data(), along.data(), 1, down.data(), pace);
+        }};
+    for (const auto& kernel : kernels) {
+      polls = 0;
+      core::Pace pace(checkpoint);
+      kernel(pace);
+      EXPECT_GE(polls, 2) << &kernel - kernels << ": " << rows << " x " << columns;
+    }
+  }
 }
 
 struct Table {

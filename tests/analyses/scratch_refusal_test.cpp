@@ -17,6 +17,7 @@
 #include "analyses/da/by_address.h"
 #include "analyses/mlr/by_address.h"
 #include "numeric/least_squares.h"
+#include "tests/analyses/engine_runs.h"
 
 namespace core = studystats::core;
 
@@ -316,6 +317,39 @@ TEST_P(Reports, FindNothingObtainedBetweenThemAndLeakNothingWhateverTheHostDoes)
       EXPECT_EQ(host.obtainedBetween, 0) << "report " << k;
     }
   EXPECT_GT(nReports, 2);
+}
+
+// An object has its memory or says that it has not; whatever it runs afterwards obtains nothing, stopped or not.
+template <class Run>
+class EngineMemory : public testing::Test {};
+
+using Engines = testing::Types<studystats::RegressionRun, studystats::PartialLeastSquaresRun>;
+TYPED_TEST_SUITE(EngineMemory, Engines);
+
+TYPED_TEST(EngineMemory, IsObtainedWhenAnObjectIsMadeOrNotAtAll) {
+  const studystats::LatentTable data(20, 5, 1);
+  const studystats::engine::Folds folds =
+      studystats::engine::Folds::grouped(std::vector<std::int32_t>{0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2});
+  const long before = nLive;
+  std::int32_t k = 0;
+  for (bool whole = false; !whole; ++k) {
+    requestsUntilRefusal = k;
+    TypeParam run(data, folds.count(), 3);
+    requestsUntilRefusal = -1;
+    whole = static_cast<bool>(run.analysis);
+    const long obtainedBefore = nObtained;
+    std::int32_t asked = 0, stopAt = 0;
+    const auto ask = [&](const studystats::engine::Progress&) { return ++asked != stopAt; };
+    for (; whole && stopAt <= folds.count(); ++stopAt) {
+      asked = 0;
+      run.analysis.fit(ask);
+      run.analysis.validate(folds.source(), ask);
+      EXPECT_EQ(asked, stopAt == 0 ? folds.count() : stopAt);
+    }
+    EXPECT_EQ(nObtained, obtainedBefore) << "request " << k;
+  }
+  EXPECT_EQ(k, 1 + 1 + 3) << "the first that is not refused: all rows and three places are had";
+  EXPECT_EQ(nLive, before);
 }
 
 INSTANTIATE_TEST_SUITE_P(EntryPoints, Reports, testing::ValuesIn(kReporting),
