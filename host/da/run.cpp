@@ -114,7 +114,7 @@ class Folding {
     result_.heldOut.resize(prepared_.classOf.size());
     result_.foldsWithout.assign(classes, 0);
     result_.notTrained.assign(classes, 0);
-    analysis_.startOver();
+    analysis_.restart();
     std::optional<FailedFold> failed;
     std::size_t number = 0;
     analysis_.validate(folds.source(), progress, [&](const engine::DiscriminantFold& fold) {
