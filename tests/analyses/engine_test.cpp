@@ -239,18 +239,18 @@ TEST(EngineOfRegression, PreparesEveryFitByItsOwnRowsAndTellsItInTableUnits) {
     ASSERT_EQ(regression.fit(), engine::Status::Done);
     const LatentTable filled = filledBy(data, all);
     const engine::RegressionModel model = regression.model();
-    ASSERT_EQ(std::ssize(model.model.descriptors), maxSteps);
-    EXPECT_LT(furthestFromLeastSquares(filled, model.model, all), 1e-9);
+    ASSERT_EQ(std::ssize(model.equation.descriptors), maxSteps);
+    EXPECT_LT(furthestFromLeastSquares(filled, model.equation, all), 1e-9);
     const engine::LinearModel nothing{};
     double left = 0, mean = 0, total = 0;
-    for (const std::int32_t i : all) left += std::pow(residual(filled, model.model, i), 2);
+    for (const std::int32_t i : all) left += std::pow(residual(filled, model.equation, i), 2);
     for (const std::int32_t i : all) mean += residual(data, nothing, i) / data.n;
     for (const std::int32_t i : all) total += std::pow(residual(data, nothing, i) - mean, 2);
     EXPECT_NEAR(model.totalSquares, total, 1e-12 * total);
     EXPECT_NEAR(model.residualSquares, left, 1e-10 * left);
     EXPECT_NEAR(model.steps.back().s, std::sqrt(left / (data.n - 1 - maxSteps)), 1e-6 * std::sqrt(left));
     if (maxSteps == 1) {
-      const double* x = filled.cells.data() + model.model.descriptors[0] * data.n;
+      const double* x = filled.cells.data() + model.equation.descriptors[0] * data.n;
       double middle = 0, squares = 0;
       for (const std::int32_t i : all) middle += x[i] / data.n;
       for (const std::int32_t i : all) squares += std::pow(x[i] - middle, 2);

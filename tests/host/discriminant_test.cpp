@@ -1,4 +1,5 @@
 // Discriminant analysis through the host layer, against published figures and brute force.
+#include <studystats/engine.h>
 #include <studystats/host.h>
 
 #include <gtest/gtest.h>
@@ -8,7 +9,7 @@
 #include <map>
 
 #include "host/da/canonical.h"
-#include "host/da/discriminant_call.h"
+#include "host/da/run.h"
 #include "tests/host/draws.h"
 
 namespace studystats {
@@ -98,20 +99,27 @@ TEST(Discriminant, FindsTheCanonicalProblemOfTheAnalysisAgain) {
   const StopSignal never;
   Watch watch(nobody, never);
   const PreparedDiscriminant prepared = prepareDiscriminant(table, options, watch);
-  const DiscriminantCall call = callDiscriminant(allRows(prepared), 3, {.selectMode = 2}, 1, watch, {});
-  ASSERT_EQ(call.status, 0);
-  const CanonicalSpace space(prepared.data.model, prepared.classOf, 3, call.chosen());
-  ASSERT_EQ(call.nCanonical, 2);
+  std::vector<std::int32_t> classOf = prepared.classOf;
+  for (std::int32_t& c : classOf) --c;
+  const Grid& model = prepared.data.model;
+  const auto n = static_cast<std::int32_t>(model.rows);
+  const engine::Table rows{model.values.data(), n, 13, n};
+  engine::Discriminant analysis(
+      {.table = rows, .classOf = classOf, .classes = 3, .rules = {.choice = engine::VariableChoice::Everything}});
+  engine::CanonicalModel canonical;
+  ASSERT_EQ(analysis.fit(), engine::Status::Done);
+  ASSERT_EQ(analysis.canonical(canonical), engine::Status::Done);
+  const FittedClassifier fitted = fitClassifier(prepared, {.kind = ClassSelection::Kind::All}, watch, 0, 1);
+  const CanonicalSpace space(model, prepared.classOf, 3, fitted.chosen);
+  ASSERT_EQ(canonical.eigenvalues.size(), 2u);
   for (std::size_t k = 0; k < 2; ++k) {
-    EXPECT_NEAR(space.eigenvalues()[k] / call.canonValues[k], 1, 1e-10);
+    EXPECT_NEAR(space.eigenvalues()[k] / canonical.eigenvalues[k], 1, 1e-10);
     double same = 0;
-    for (std::size_t a = 0; a < 13; ++a) same += space.vectors()(a, k) * call.canonVectors[a + k * 13];
+    for (std::size_t a = 0; a < 13; ++a) same += space.vectors()(a, k) * canonical.vectors.data[a + k * 13];
     EXPECT_NEAR(std::abs(same), 1, 1e-8) << "up to the signs of the axes";
   }
   for (std::size_t i = 0; i < prepared.classOf.size(); ++i)
-    for (std::size_t c = 0; c < 3; ++c)
-      EXPECT_NEAR(space.distance(prepared.data.model, i, c),
-                  static_cast<double>(call.distances[i + c * (prepared.classOf.size() + 1)]), 1e-5);
+    for (std::size_t c = 0; c < 3; ++c) EXPECT_NEAR(space.distance(model, i, c), fitted.distances(i, c), 1e-9);
 }
 
 // With one descriptor the definition is short enough to be written out.
