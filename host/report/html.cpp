@@ -115,6 +115,7 @@ std::string definitions(const std::vector<ReportEntry>& entries) {
 const char* nameOf(CellKind kind) {
   switch (kind) {
     case CellKind::Text:
+    case CellKind::Flag:
       return "text";
     case CellKind::Whole:
       return "whole";
@@ -124,6 +125,8 @@ const char* nameOf(CellKind kind) {
       return "number";
     case CellKind::Fixed:
       return "fixed";
+    case CellKind::Explained:
+      return "explained";
     case CellKind::Probability:
       return "probability";
     case CellKind::Share:

@@ -2,6 +2,7 @@
 
 #include "host/preparation/used_text.h"
 #include "host/report/data.h"
+#include "host/result/common.h"
 #include "host/text.h"
 
 #include <fmt/format.h>
@@ -104,19 +105,13 @@ void remarkOnSampling(std::size_t rows, ReportPage& page) {
                           "rows"});
 }
 
-std::string explainedText(double value) {
-  const std::string text = fixed(std::abs(value), value > 0.9995 && value < 1 ? 6 : value > 0.995 && value < 1 ? 4 : 3);
-  return (value < 0 ? "−" : "") + text;
-}
+std::string explainedText(double value) { return (value < 0 ? "−" : "") + explained(std::abs(value)); }
 
-int decimalsFor(double spread) {
-  return spread > 0 && std::isfinite(spread) ? std::clamp(2 - static_cast<int>(std::floor(std::log10(spread))), 0, 12)
-                                             : 3;
-}
+int decimalsFor(double spread) { return forSpread(spread).digits; }
 
 std::string nameOfTable(const UsedData& used) { return shownTable(used); }
 
-std::string rowHeading(const UsedData& used) { return used.idColumn.empty() ? "row" : used.idColumn; }
+std::string rowHeading(const UsedData& used) { return headingOfRows(used); }
 
 std::string madeFrom(const UsedData& used) {
   return fmt::format("{}: {}, {}", shownTable(used), counted(used.rows.size(), "row", "rows"),

@@ -50,6 +50,11 @@ TEST(Numbers, KeepTheDigitsAskedFor) {
   EXPECT_EQ(significant(std::optional<double>(), 6), "-");
   EXPECT_EQ(fixed(-0.0004, 3), "0.000");
   EXPECT_EQ(fixed(-0.0006, 3), "-0.001");
+  EXPECT_EQ(explained(0.9944), "0.994");
+  EXPECT_EQ(explained(0.9955), "0.9955");  // more where three decimals hide what is missing to 1
+  EXPECT_EQ(explained(0.99998), "0.999980");
+  EXPECT_EQ(explained(1), "1.000");
+  EXPECT_EQ(explained(-0.25), "-0.250");
   EXPECT_EQ(percent(0.3619), "36.2 %");
   EXPECT_EQ(percent(0.95, 0), "95 %");
 }
