@@ -12,3 +12,15 @@ std::string_view figures();
 std::string_view script();
 
 }  // namespace studystats::page_files
+
+// The charts of report/charts/, "-" in a name as "_".
+namespace studystats::chart_files {
+
+std::string_view coefficient_spread();
+std::string_view observed_predicted();
+std::string_view residuals();
+std::string_view selection_frequency();
+std::string_view selection_path();
+std::string_view williams();
+
+}  // namespace studystats::chart_files
