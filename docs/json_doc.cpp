@@ -90,7 +90,11 @@ std::string jsonDocument() {
     names.push_back(part.name);
   }
   static const Regression regression;
-  return text + commandText("mlr", regressionParts(regression), names);
+  for (const auto& [command, document] : {
+           std::pair{"mlr", regressionParts(regression)},
+       })
+    text += commandText(command, document, names);
+  return text;
 }
 
 }  // namespace studystats

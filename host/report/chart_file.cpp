@@ -1,6 +1,7 @@
 #include "host/report/chart_file.h"
 
 #include "host/json_writer.h"
+#include "host/report/page_files.h"
 #include "host/result/write.h"
 
 #include <fmt/format.h>
@@ -51,8 +52,8 @@ void fillParam(const ChartParam& param, std::string& chart) {
 
 }  // namespace
 
-std::string filledChart(std::string_view file, std::initializer_list<ChartParam> params) {
-  std::string chart(file);
+std::string filledChart(std::string_view name, std::initializer_list<ChartParam> params) {
+  std::string chart(chart_files::named(name));
   for (const ChartParam& param : params) fillParam(param, chart);
   const std::size_t samples = chart.find("\"datasets\": {");
   if (samples == std::string::npos) return chart;

@@ -17,7 +17,7 @@ struct ChartParam {
   std::vector<std::string> choices{};  // what a selector offers by number; fewer than two: there is no selector
 };
 
-// The chart with these values in place of its samples. Each must be one of its params.
-std::string filledChart(std::string_view file, std::initializer_list<ChartParam> params);
+// The chart of report/charts/NAME.vl.json with these values in place of its samples. Each must be one of its params.
+std::string filledChart(std::string_view name, std::initializer_list<ChartParam> params);
 
 }  // namespace studystats

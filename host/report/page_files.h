@@ -13,14 +13,8 @@ std::string_view script();
 
 }  // namespace studystats::page_files
 
-// The charts of report/charts/, "-" in a name as "_".
 namespace studystats::chart_files {
 
-std::string_view coefficient_spread();
-std::string_view observed_predicted();
-std::string_view residuals();
-std::string_view selection_frequency();
-std::string_view selection_path();
-std::string_view williams();
+std::string_view named(std::string_view name);  // report/charts/NAME.vl.json; empty when there is none
 
 }  // namespace studystats::chart_files

@@ -1,7 +1,6 @@
 #include "host/report/predictions.h"
 
 #include "host/report/chart_file.h"
-#include "host/report/page_files.h"
 #include "host/text.h"
 
 #include <fmt/format.h>
@@ -69,11 +68,11 @@ ReportFigure observedPredicted(const PredictedRows& predictions) {
                 "the row; pale ones were fitted, and lie closer than a new row would." +
                     predictions.draws
               : "On the line a prediction is right. Fitted points lie closer than a new row would.",
-          filledChart(chart_files::observed_predicted(), {{"response", 0, predictions.responses},
-                                                          {"responses", predictions.responses},
-                                                          {"suffixes", suffixesOf(predictions)},
-                                                          {"domains", domainsOf(predictions)},
-                                                          {"series", seriesOf(predictions, true)}})};
+          filledChart("observed-predicted", {{"response", 0, predictions.responses},
+                                             {"responses", predictions.responses},
+                                             {"suffixes", suffixesOf(predictions)},
+                                             {"domains", domainsOf(predictions)},
+                                             {"series", seriesOf(predictions, true)}})};
 }
 
 ReportFigure residuals(const PredictedRows& predictions) {
@@ -81,10 +80,10 @@ ReportFigure residuals(const PredictedRows& predictions) {
           fmt::format("Scatter plot of residuals against predictions{}.", heldOutText(predictions)),
           "A band of even height around zero is as it should be; a bow or a funnel says that something is missing." +
               (predictions.heldOut ? predictions.draws : std::string()),
-          filledChart(chart_files::residuals(), {{"response", 0, predictions.responses},
-                                                 {"responses", predictions.responses},
-                                                 {"suffixes", suffixesOf(predictions)},
-                                                 {"series", seriesOf(predictions, false)}})};
+          filledChart("residuals", {{"response", 0, predictions.responses},
+                                    {"responses", predictions.responses},
+                                    {"suffixes", suffixesOf(predictions)},
+                                    {"series", seriesOf(predictions, false)}})};
 }
 
 }  // namespace studystats

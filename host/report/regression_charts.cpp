@@ -1,7 +1,6 @@
 // The figures of a regression's page.
 #include "host/mlr/regression_parts.h"
 #include "host/report/chart_file.h"
-#include "host/report/page_files.h"
 #include "host/report/predictions.h"
 #include "host/report/regression_page.h"
 #include "host/report/selection.h"
@@ -33,7 +32,7 @@ ReportFigure coefficientSpread(const Regression& result) {
                       spread ? ", with the spread over the folds" : ""),
           spread ? "A whisker that crosses zero belongs to a descriptor whose sign depends on which rows are there."
                  : "What the response changes by when a descriptor changes by one standard deviation.",
-          filledChart(chart_files::coefficient_spread(), {{"validated", spread}, {"lines", names}})};
+          filledChart("coefficient-spread", {{"validated", spread}, {"lines", names}})};
 }
 
 ReportFigure selectionPath(const Regression& result) {
@@ -41,7 +40,7 @@ ReportFigure selectionPath(const Regression& result) {
   return {"selection-path", "Selection path",
           fmt::format("Line over {} steps of the selection; R², s or F of the fit after each.", steps),
           "Fitted figures after each step. Circles entered, triangles left. A fit always seems to gain by a step.",
-          filledChart(chart_files::selection_path(), {{"steps", steps}, {"named", steps <= kNamedSteps}})};
+          filledChart("selection-path", {{"steps", steps}, {"named", steps <= kNamedSteps}})};
 }
 
 ReportFigure williams(const Regression& result) {
@@ -51,7 +50,7 @@ ReportFigure williams(const Regression& result) {
           "Scatter plot of standardised residual against leverage of each row, with the limits of both.",
           fmt::format("Right of {} rows are unlike the others; beyond ±3 they do not follow the equation.",
                       significant(result.leverageLimit, 3)),
-          filledChart(chart_files::williams(), {{"limit", result.leverageLimit}, {"series", series}})};
+          filledChart("williams", {{"limit", result.leverageLimit}, {"series", series}})};
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include "host/report/selection.h"
 
 #include "host/report/chart_file.h"
-#include "host/report/page_files.h"
 
 #include <fmt/format.h>
 
@@ -18,7 +17,7 @@ ReportFigure selectionFigure(const Table& selection, std::size_t folds, const st
           "How often the folds' own selections chose a descriptor. Left of the dashed half, the choice is chance as "
           "much as anything; " +
               open + cut,
-          filledChart(chart_files::selection_frequency(), {{"folds", folds}, {"lines", shown}})};
+          filledChart("selection-frequency", {{"folds", folds}, {"lines", shown}})};
 }
 
 }  // namespace studystats
