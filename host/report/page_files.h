@@ -7,6 +7,7 @@ namespace studystats::page_files {
 
 std::string_view page();  // the template: {{name}} stands for what a page puts in
 std::string_view style();
+std::string_view config();  // the look that all charts share
 std::string_view tables();
 std::string_view figures();
 std::string_view script();

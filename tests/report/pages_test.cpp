@@ -1,6 +1,7 @@
 // What stands on the pages of all analyses: charts and tables over data that exist, links that lead somewhere, figures
 // of a validation only where there was one.
 #include "tests/report/pages.h"
+#include "host/report/colours.h"
 
 #include <algorithm>
 #include <functional>
@@ -22,6 +23,13 @@ void collect(const Json& value, const std::string& key, std::set<std::string>& f
   }
   if (value.is_structured())
     for (const Json& part : value) collect(part, key, found);
+}
+
+// Every string, wherever it stands.
+void collectStrings(const Json& value, std::set<std::string>& found) {
+  if (value.is_string()) found.insert(value.get<std::string>());
+  if (value.is_structured())
+    for (const Json& part : value) collectStrings(part, found);
 }
 
 void collectDataNames(const Json& value, std::set<std::string>& found) {
@@ -61,6 +69,8 @@ std::set<std::string> fieldsOf(const ReportPage& page, const Json& chart) {
 }
 
 TEST(Pages, ShowOnlyDataThatTheyHold) {
+  constexpr const char* kFieldLetters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_";
+  const Json palette = Json::parse(colourNames());
   for (const auto& [what, page] : pagesOfEveryAnalysis()) {
     SCOPED_TRACE(what);
     EXPECT_FALSE(page.answer.empty());
@@ -73,6 +83,16 @@ TEST(Pages, ShowOnlyDataThatTheyHold) {
       const Json chart = Json::parse(figure.chart);
       std::set<std::string> used;
       collect(chart, "field", used);
+      std::set<std::string> texts;
+      collectStrings(chart, texts);
+      for (const std::string& text : texts) {
+        for (std::size_t at = 0; (at = text.find("datum.", at)) != std::string::npos;) {
+          at += 6;
+          used.insert(text.substr(at, text.find_first_not_of(kFieldLetters, at) - at));
+        }
+        const bool colour = text.size() == 7 && text[0] == '#';
+        EXPECT_TRUE(!colour || palette.contains(text)) << text << " has no counterpart on a dark page";
+      }
       const std::set<std::string> known = fieldsOf(page, chart);
       for (const std::string& field : used) EXPECT_TRUE(known.contains(field)) << field;
     }
