@@ -16,9 +16,9 @@ constexpr const char* kIntroduction =
 `--json FILE` writes one document with everything at full precision. What follows is written from the descriptions that
 the program itself writes by (the target `json_doc`), so the two agree.
 
-A path names the keys on the way to a value: `fit.r2`; `[]` stands for each record of a list: `rows[].leverage`. Every key
-is there; a value that is not is null, for the reason in the last column. A list at the top of a document is a CSV file of
-`--tables`, too: `rows` is `rows.csv`, with the same names as headings.
+A path names the keys on the way to a value: `fit.r2`; `[]` stands for each record of a list: `rows[].leverage`. A value
+that is not there is null, or its key is left out, for the reason in the last column. A list at the top of a document is
+a CSV file of `--tables`, too: `rows` is `rows.csv`, with the same names as headings.
 
 | kind | in JSON | in CSV |
 |---|---|---|
@@ -49,7 +49,7 @@ const char* kindOf(CellKind kind) {
 }
 
 std::string fieldLines(const ResultPart& part, const std::string& path) {
-  std::string text = "\n| key | kind | unit | what | null |\n|---|---|---|---|---|\n";
+  std::string text = "\n| key | kind | unit | what | null or absent |\n|---|---|---|---|---|\n";
   for (const Field& field : part.fields)
     text += fmt::format("| `{}{}` | {}{} | {} | {} | {} |\n", path, field.name, field.format.list ? "list of " : "",
                         kindOf(field.format.kind), field.unit, field.meaning, field.absent);
@@ -74,7 +74,7 @@ std::string commandText(const char* command, const ResultPart& document, const s
     else
       text += partText(part, "");
   }
-  return text + fmt::format("\nAnd {}, as in every document.\n", fmt::join(elsewhere, ", "));
+  return elsewhere.empty() ? text : text + fmt::format("\nAnd {}, as above.\n", fmt::join(elsewhere, ", "));
 }
 
 }  // namespace
@@ -83,7 +83,7 @@ std::string jsonDocument() {
   static const UsedData used;
   static const std::vector<Remark> remarks;
   const std::vector<ResultPart> common{usedPart(used), preparationPart(used), remarksPart(remarks)};
-  std::string text = kIntroduction + std::string("\n## every command\n");
+  std::string text = kIntroduction + std::string("\n## several commands\n");
   std::vector<std::string> names;
   for (const ResultPart& part : common) {
     text += partText(part, "");

@@ -23,7 +23,7 @@ bool isOf(const Json& value, const std::string& kind) {
   return kind == "number" && value.is_number();
 }
 
-// "| `path` | kind | unit | what | null |"
+// "| `path` | kind | unit | what | null or absent |"
 std::vector<std::string> cellsOf(const std::string& line) {
   std::vector<std::string> cells;
   for (std::size_t from = 2, to = 0; (to = line.find(" |", from)) != std::string::npos; from = to + 3)
@@ -44,7 +44,7 @@ Documented::Documented(const std::string& command) {
   std::size_t own = 0;
   for (std::string line; std::getline(lines, line);) {
     if (line.starts_with("## ")) section = line.substr(3);
-    if (!line.starts_with("| `") || (section != "every command" && section != command)) continue;
+    if (!line.starts_with("| `") || (section != "several commands" && section != command)) continue;
     const std::vector<std::string> cells = cellsOf(line);
     EXPECT_EQ(cells.size(), 5u) << line;
     keys_[cells[0].substr(1, cells[0].size() - 2)] = {cells[1], !cells[4].empty()};
