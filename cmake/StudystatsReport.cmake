@@ -34,10 +34,12 @@ function(studystats_npm source folder reason)
 endfunction()
 
 # studystats_embed(OUTPUT NAMESPACE [NAME FILE]...): writes a source that defines NAMESPACE::NAME(), the content of FILE
-# as a std::string_view. The assembler copies the bytes, so that size costs the compiler nothing.
+# as a std::string_view, and NAMESPACE::named(), which finds it by the name of its file: "page" for page.html. The
+# assembler copies the bytes, so that size costs the compiler nothing.
 function(studystats_embed output namespace)
   set(text "// Made by studystats_embed.\n#include <string_view>\n\n")
   set(functions "")
+  set(named "")
   set(files "")
   while(ARGN)
     list(POP_FRONT ARGN name file)
@@ -48,9 +50,12 @@ function(studystats_embed output namespace)
                        "extern const char ${label}_end[] __attribute__((visibility(\"hidden\")));\n}\n")
     string(APPEND functions "std::string_view ${name}() { return {${label}, static_cast<std::size_t>(${label}_end - "
                             "${label})}; }\n")
+    cmake_path(GET file STEM stem)
+    string(APPEND named "  if (name == \"${stem}\") return ${name}();\n")
     list(APPEND files ${file})
   endwhile()
-  file(CONFIGURE OUTPUT ${output} CONTENT "${text}\nnamespace ${namespace} {\n${functions}}\n" @ONLY)
+  file(CONFIGURE OUTPUT ${output} CONTENT "${text}\nnamespace ${namespace} {\n${functions}\n\
+std::string_view named(std::string_view name) {\n${named}  return {};\n}\n}\n" @ONLY)
   # The names that the assembler gives would be lost to a program that is optimised as a whole.
   set_source_files_properties(${output} PROPERTIES OBJECT_DEPENDS "${files}" COMPILE_OPTIONS -fno-lto)
 endfunction()

@@ -90,8 +90,6 @@ Json jsonPlan(const FoldPlan& plan) {
           {"seed", plan.seed}};
 }
 
-const char* nameOf(Role role) { return role == Role::Model ? "model" : "predicted"; }
-
 std::string jsonText(const Json& json) { return json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n'; }
 
 }  // namespace studystats

@@ -132,6 +132,10 @@ std::string percent(double fraction, int decimals) {
   return std::isnan(fraction) ? "-" : fixed(100 * fraction, decimals) + " %";
 }
 
+std::string explained(double value) {
+  return fixed(value, value > 0.9995 && value < 1 ? 6 : value > 0.995 && value < 1 ? 4 : 3);
+}
+
 std::string exact(double value) { return std::isnan(value) ? std::string() : fmt::format("{}", value); }
 
 std::string counted(std::size_t n, std::string_view one, std::string_view many) {
@@ -166,6 +170,15 @@ std::string wrappedItems(std::string_view label, const std::vector<std::string>&
     lines.add(items[i] + std::string(last ? "" : separator.substr(0, held)), separator.substr(held));
   }
   return lines.finish();
+}
+
+std::string plain(std::string_view text) {
+  constexpr std::pair<std::string_view, std::string_view> kPlain[] = {{"R²", "R2"}, {"q²", "q2"}, {"T²", "T2"}};
+  std::string result(text);
+  for (const auto& [symbol, ascii] : kPlain)
+    for (std::size_t at = 0; (at = result.find(symbol, at)) != std::string::npos;)
+      result.replace(at, symbol.size(), ascii);
+  return result;
 }
 
 std::size_t textWidth(std::string_view text) {

@@ -22,7 +22,8 @@ std::string fixed(double value, int decimals);  // never "-0.00"; "-" for not-a-
 // than nine.
 std::string sized(double value, double size, int digits);
 std::string percent(double fraction, int decimals = 1);  // "36.2 %"
-std::string exact(double value);                         // shortest text that reads back the same; "" for NaN
+std::string explained(double value);  // R2 and the like: three decimals, and as many more as tell it from 1
+std::string exact(double value);      // shortest text that reads back the same; "" for NaN
 std::string counted(std::size_t n, std::string_view one, std::string_view many = {});  // "1 row", "3 rows", "1 of ..."
 
 // "a, b, c, 4 more": the first `most` names and how many follow; one name more than that is listed too.
@@ -34,6 +35,9 @@ std::string wrapped(std::string_view label, std::string_view text);
 
 // The same for items that hold together: lines are broken between them alone, "a = b;  c = 1 - d;" and so on.
 std::string wrappedItems(std::string_view label, const std::vector<std::string>& items, std::string_view separator);
+
+// The symbols R², q² and T² in plain ASCII.
+std::string plain(std::string_view text);
 
 // How many columns of the terminal a text takes: its characters in UTF-8.
 std::size_t textWidth(std::string_view text);

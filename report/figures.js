@@ -41,9 +41,11 @@ class PageFigure {
     return chart;
   }
 
-  // Panels cannot take the page's width by themselves: as many stand beside each other as have room, in even lines.
+  // Names one below the other take a step each; their number is the param "lines". Panels cannot take the page's width
+  // by themselves: as many stand beside each other as have room, in even lines.
   fitted(chart) {
-    const {concat: panels, usermeta} = chart;
+    const {concat: panels, usermeta, height, params} = chart;
+    if (height?.step) chart.height = height.step * Math.max(2, params.find(param => param.name === "lines").value);
     if (!panels) return chart;
     const room = this.plot.clientWidth || 560;
     const most = Math.max(1, Math.floor(room / (usermeta.least + usermeta.gap)));

@@ -45,8 +45,8 @@ async function drawAll(figures) {
 function linkRows(page, figures) {
   const named = new Map();
   for (const rows of Object.values(page.rows))
-    for (const {key, row, descriptor, term, column} of rows)
-      if (key && !named.has(key)) named.set(key, row ?? descriptor ?? term ?? column);
+    for (const {key, name, descriptor, term, column} of rows)
+      if (key && !named.has(key)) named.set(key, name ?? descriptor ?? term ?? column);
   const status = document.getElementById("lit");
   let lit = null;
 

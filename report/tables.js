@@ -28,6 +28,7 @@ function textOf(value, column) {
     case "value": return minus(String(Number(value.toPrecision(column.digits))));
     case "number": return significant(value, column.digits);
     case "fixed": case "bar": return fixed(value, column.digits);
+    case "explained": return fixed(value, value > 0.9995 && value < 1 ? 6 : value > 0.995 && value < 1 ? 4 : 3);
     case "probability": return value < 0.0001 ? "<0.0001" : fixed(value, 4);
     case "share": return fixed(100 * value, 1) + " %";
     case "count": return value + " of " + column.digits;
@@ -161,7 +162,7 @@ class PageTable {
       return /[",\r\n]/.test(text) ? `"${text.replaceAll('"', '""')}"` : text;
     };
     const {columns} = this.table;
-    const head = columns.map(column => quoted(column.heading || column.field));
+    const head = columns.map(column => quoted(column.field));
     const rows = this.rows.map(row => columns.map(column => quoted(row[column.field])));
     return [head, ...rows].map(cells => cells.join(",") + "\r\n").join("");
   }

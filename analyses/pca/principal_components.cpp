@@ -59,8 +59,8 @@ std::span<const double> numbers(const Array<double>& array, std::int32_t n) {
 struct [[gnu::visibility("hidden")]] PrincipalComponents::State {
   explicit State(const PrincipalComponentsTask& asked) : task(asked), size(asked), scratch(size, asked) {}
 
-  std::int32_t fromVariables(Pace& pace);
-  std::int32_t fromRows(Pace& pace);
+  std::int32_t fromVariables(Pace & pace);
+  std::int32_t fromRows(Pace & pace);
   void show();
 
   PrincipalComponentsTask task;

@@ -3,7 +3,9 @@
 #include "host/folds.h"
 #include "host/mlr/preparation.h"
 #include "host/mlr/regression.h"
+#include "host/mlr/regression_parts.h"
 #include "host/preparation/used_text.h"
+#include "host/result/write.h"
 #include "host/text.h"
 
 #include <fmt/format.h>
@@ -13,110 +15,36 @@
 namespace studystats {
 namespace {
 
-constexpr int kPlainFigures = 4;  // decimals of R2 and q2 where three do not tell them from 1
-
-std::string pText(const std::optional<double>& p) {
-  if (!p) return "-";
-  return *p < 0.0001 ? "<0.0001" : fixed(*p, 4);
-}
-
-std::string pEquals(const std::optional<double>& p) {
-  if (!p) return "not computed";
-  return *p < 0.0001 ? "< 0.0001" : "= " + fixed(*p, 4);
-}
-
-std::string r2Text(double r2) { return fixed(r2, r2 > 0.9995 && r2 < 1 ? kPlainFigures + 2 : 3); }
-
 std::string title(const Regression& result) {
   const std::size_t chosen = result.terms.size() - 1;
   const std::vector<std::string>& names = result.used.descriptors;
   const std::string range = names.size() > 2 ? fmt::format(" ({} ... {})", names.front(), names.back())
                                              : fmt::format(" ({})", fmt::join(names, ", "));
-  const bool stepwise = result.selection == Selection::Stepwise;
-  std::string text =
-      wrapped("", fmt::format("{} of {}: {}, {}{}, {} {}", stepwise ? "Stepwise regression" : "Regression",
-                              result.response, counted(result.used.rows.size(), "row", "rows"),
-                              counted(names.size(), "descriptor", "descriptors"), range, chosen,
-                              stepwise ? "chosen" : "in the model"));
-  if (stepwise)
-    text += fmt::format("F-to-enter {}, F-to-remove {}, correlation limit {}, at most {}\n", brief(result.fEnter, 6),
-                        brief(result.fRemove, 6), brief(result.corrLimit, 6),
-                        counted(static_cast<std::size_t>(result.maxSteps), "step", "steps"));
-  return text;
+  const std::string text = wrapped(
+      "", fmt::format("{} of {}: {}, {}{}, {} {}", stepwise(result) ? "Stepwise regression" : "Regression",
+                      result.response, counted(result.used.rows.size(), "row"), counted(names.size(), "descriptor"),
+                      range, chosen, stepwise(result) ? "chosen" : "in the model"));
+  return stepwise(result) ? text + selectionText(result) + "\n" : text;
 }
 
-std::string foldPhrase(const Regression& result) {
-  return describedFolds(result.plan) +
-         (result.selection == Selection::Stepwise ? ", selection repeated in each" : ", refitted in each");
-}
-
-// "fitted | cross-validated", the honest figures beside; an abandoned validation shows no figure at all.
+// "fitted | cross-validated", the honest figures beside; an abandoned validation shows its reason above.
 std::string frame(const Regression& result) {
-  TextTable table;
-  table.column("", Align::Left);
-  table.column("fitted");
-  table.column(result.validation ? fmt::format("cross-validated ({})", foldPhrase(result)) : "cross-validated",
-               Align::Left);
-  const RegressionFit& fit = result.fit;
-  if (result.validation) {
-    const RegressionValidation& v = *result.validation;
-    const std::string fixedSet = v.fixedSetQ2 ? fmt::format("          {} with these {} kept in every fold",
-                                                            r2Text(*v.fixedSetQ2), result.terms.size() - 1)
-                                              : std::string();
-    table.row({"R2 | q2", r2Text(fit.r2), r2Text(v.q2) + fixedSet});
-    table.row({fmt::format("RMSE ({})", result.response), significant(fit.rmse, 3),
-               fmt::format("{}           sd of {}  {}", significant(v.rmse, 3), result.response,
-                           significant(result.responseSd, 3))});
-  } else {
-    table.row({"R2 | q2", r2Text(fit.r2), "not validated: " + result.validation.error()});
-    table.row({fmt::format("RMSE ({})", result.response), significant(fit.rmse, 3), "-"});
-  }
-  std::string text = table.text();
-  std::vector<std::string> figures{fmt::format("F({}, {}) = {}  p {}", fit.dfModel, fit.dfResidual,
-                                               significant(fit.f, 3), pEquals(fit.fProbability)),
-                                   fmt::format("s = {}", significant(fit.s, 3)),
-                                   fmt::format("R = {}", r2Text(fit.multipleR)),
-                                   fmt::format("adjusted R2 = {}", r2Text(fit.adjustedR2))};
-  if (result.validation) figures.push_back(fmt::format("PRESS = {}", significant(result.validation->press, 3)));
-  return text + wrappedItems("", figures, "   ");
+  const std::string why =
+      result.validation ? std::string() : wrapped("not validated: ", result.validation.error()) + "\n";
+  std::vector<std::string> figures = fitFigures(result);
+  for (std::string& figure : figures) figure = plain(figure);
+  return why + textFrame(regressionFrame(result), result.validation ? foldsText(result) : std::string()) +
+         wrappedItems("", figures, "   ");
 }
 
 std::string termTable(const Regression& result, const TextOptions& options) {
-  TextTable table;
-  table.column("term", Align::Left);
-  table.column("coefficient", Align::Point);
-  table.column("std error", Align::Point);
-  table.column("t", Align::Point);
-  table.column("p");
-  table.column("fold spread", Align::Point);
-  table.column("per sd", Align::Point);
-  table.column("VIF", Align::Point);
-  const bool stepwise = result.selection == Selection::Stepwise;
-  if (stepwise) table.column("chosen", Align::Left);
-  const bool decimals = result.responseSd >= 0.01;  // three of them say enough of a change in the response's unit
-  for (std::size_t a = 0; a < result.terms.size(); ++a) {
-    const RegressionTerm& term = result.terms[a];
-    std::vector<std::string> cells{term.name,
-                                   significant(term.coefficient, options.digits),
-                                   significant(term.standardError, 4),
-                                   term.t ? fixed(*term.t, 2) : "-",
-                                   pText(term.p),
-                                   significant(term.foldSpread, 3),
-                                   !term.perSd ? std::string()
-                                   : decimals  ? fixed(*term.perSd, 3)
-                                               : significant(*term.perSd, 3),
-                                   term.vif ? fixed(*term.vif, 2) : std::string()};
-    if (stepwise)
-      cells.push_back(a == 0              ? std::string()
-                      : result.validation ? fmt::format("{} of {}", term.foldsChosen, result.plan.folds)
-                                          : "-");
-    table.row(std::move(cells));
-  }
-  return table.text();
+  std::vector<std::string> fields{"term", "coefficient", "standard_error", "t", "p", "fold_spread", "per_sd", "vif"};
+  if (stepwise(result)) fields.emplace_back("folds_chosen");
+  return textTable(coefficientsPart(result), fields, options);
 }
 
 std::string path(const Regression& result) {
-  if (result.selection == Selection::All) return {};
+  if (!stepwise(result)) return {};
   std::vector<std::string> steps;
   for (const SelectionStep& step : result.steps) steps.push_back((step.entered ? "+" : "-") + step.descriptor);
   std::string last = "stopped: " + result.stopReason;
@@ -125,19 +53,8 @@ std::string path(const Regression& result) {
          wrapped("        ", last);
 }
 
-std::string stepTable(const Regression& result) {
-  TextTable table;
-  table.column("step");
-  table.column("descriptor", Align::Left);
-  table.column("partial F", Align::Point);
-  table.column("F", Align::Point);
-  table.column("s", Align::Point);
-  for (std::size_t k = 0; k < result.steps.size(); ++k) {
-    const SelectionStep& step = result.steps[k];
-    table.row({std::to_string(k + 1), (step.entered ? "+" : "-") + step.descriptor, significant(step.partialF, 4),
-               significant(step.f, 4), significant(step.s, 4)});
-  }
-  return "\n" + table.text();
+std::string stepTable(const Regression& result, const TextOptions& options) {
+  return "\n" + textTable(stepsPart(result), {"step", "action", "descriptor", "partial_f", "f", "s"}, options);
 }
 
 // The equation broken between its terms, continuation lines indented.
@@ -161,31 +78,32 @@ std::string equationLines(const Regression& result) {
 }
 
 std::string predictedTable(const Regression& result, const TextOptions& options) {
-  if (result.used.predictedRows.empty()) return {};
   constexpr std::size_t kShown = 12;
-  TextTable table;
-  table.column("predicted only", Align::Left);
-  table.column(result.response, Align::Point);
-  table.column("leverage", Align::Point);
-  table.column("observed", Align::Point);
-  table.column("error", Align::Point);
-  std::size_t seen = 0;
-  for (const RegressionRow& row : result.rows) {
-    if (row.role != Role::Predicted) continue;
-    if (++seen > kShown && !options.all) continue;
-    table.row({shownRow(result.used, row.name), significant(row.fitted, options.digits), significant(row.leverage, 3),
-               row.observed ? brief(*row.observed, options.digits) : "-",
-               row.observed ? significant(row.fitted - *row.observed, 3) : "-"});
-  }
-  if (seen > kShown && !options.all) table.line(fmt::format("... {} more", seen - kShown));
-  return "\n" + table.text();
+  std::vector<std::size_t> predicted;
+  for (std::size_t i = 0; i < result.rows.size(); ++i)
+    if (result.rows[i].role == Role::Predicted) predicted.push_back(i);
+  if (predicted.empty()) return {};
+  ResultPart rows = regressionRowsPart(result);
+  Field &name = fieldOf(rows, "name"), &fitted = fieldOf(rows, "fitted"), &error = fieldOf(rows, "residual");
+  name.heading = "predicted only";
+  name.value = [&](std::size_t i) { return shownRow(result.used, result.rows[i].name); };
+  fitted.heading = result.response;
+  fitted.format = figures(kAllFigures);
+  error.heading = "error";
+  error.format = figures(3);
+  error.value = [&](std::size_t i) {  // of the prediction: the other sign
+    const RegressionRow& row = result.rows[i];
+    return row.observed ? Cell(row.fitted - *row.observed) : Cell();
+  };
+  return "\n" + textTable(rows, {"name", "fitted", "leverage", "observed", "residual"}, options, predicted, kShown);
 }
 
 }  // namespace
 
 std::string summary(const Regression& result, const TextOptions& options) {
   std::string steps = path(result);
-  if (!steps.empty()) steps += (options.all && !result.steps.empty() ? stepTable(result) : std::string()) + "\n";
+  if (!steps.empty())
+    steps += (options.all && !result.steps.empty() ? stepTable(result, options) : std::string()) + "\n";
   return title(result) + leftOutText(result.used) + "\n" + frame(result) + "\n" + termTable(result, options) + "\n" +
          steps + equationLines(result) + predictedTable(result, options);
 }

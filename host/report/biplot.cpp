@@ -116,7 +116,7 @@ ReportFigure biplot(const PrincipalComponents& result, const Table& table) {
   };
   Json marks{{"data", {{"name", "rows"}}},
              {"mark", {{"type", "point"}, {"color", kPale.light}, {"size", 30}}},
-             {"encoding", {{"x", axis("PC1", 0)}, {"y", axis("PC2", 1)}, {"tooltip", tips({{"row", "row", false}})}}}};
+             {"encoding", {{"x", axis("PC1", 0)}, {"y", axis("PC2", 1)}, {"tooltip", tips({{"name", "row", false}})}}}};
   const auto line = [&](const char* x, const char* y, Json mark) {  // from there to the tip
     return Json{{"mark", std::move(mark)},
                 {"encoding",

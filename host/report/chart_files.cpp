@@ -2,7 +2,7 @@
 #include <studystats/host/report.h>
 
 #include "host/json.h"
-#include "host/report/colours.h"
+#include "host/report/page_files.h"
 
 #include <fmt/chrono.h>
 #include <fmt/format.h>
@@ -45,7 +45,7 @@ std::vector<CsvFile> chartFiles(const ReportPage& page) {
                {"title", figure.title},
                {"description", figure.alternative},
                {"background", "white"}};
-    Json config = chartConfig();
+    Json config = Json::parse(page_files::config());
     config.erase("background");
     chart["config"] = std::move(config);
     chart.update(Json::parse(figure.chart));

@@ -29,7 +29,7 @@ Table silhouetteRows(const Clusters& result) {
   const auto row = [&](std::size_t k) -> const ClusterRow& { return result.rows[rows[k]]; };
   return ReportData("silhouetteRows")
       .texts("key", places, [&](std::size_t k) { return fmt::format("r{}", rows[k]); })
-      .texts("row", places, [&](std::size_t k) { return row(k).name; })
+      .texts("name", places, [&](std::size_t k) { return row(k).name; })
       .texts("cluster", places, [&](std::size_t k) { return std::to_string(*row(k).cluster + 1); })
       .numbers("from", places, [](std::size_t k) { return k; })
       .numbers("to", places, [](std::size_t k) { return k + 1; })
@@ -118,9 +118,9 @@ ReportFigure tree(const Clusters& result, const Table& leafTable) {
 
 ReportFigure scatter(const Clusters& result) {
   Json tooltip = tips(
-      {{"row", "row", false}, {"cluster", "cluster", false}, {"silhouette", "silhouette"}, {"next", "next", false}});
+      {{"name", "row", false}, {"cluster", "cluster", false}, {"silhouette", "silhouette"}, {"next", "next", false}});
   if (result.method == ClusterMethod::Neighbours)
-    tooltip = tips({{"row", "row", false}, {"nearest", "nearest at"}, {"neighbours", "neighbours", false}});
+    tooltip = tips({{"name", "row", false}, {"nearest", "nearest at"}, {"neighbours", "neighbours", false}});
   Json marks{{"mark", {{"type", "point"}}},
              {"encoding",
               {{"x", quantitative("PC1", "first principal component")},
@@ -177,7 +177,7 @@ ReportFigure silhouettePlot(const Clusters& result, std::size_t rows) {
         {"y2", {{"field", "to"}}},
         {"x", fromZero("silhouette", "silhouette")},
         {"color", clusterChannel(result, "cluster", false, true)},
-        {"tooltip", tips({{"row", "row", false}, {"cluster", "cluster", false}, {"silhouette", "silhouette"}})}}}};
+        {"tooltip", tips({{"name", "row", false}, {"cluster", "cluster", false}, {"silhouette", "silhouette"}})}}}};
   bars["encoding"]["x"]["stack"] = nullptr;
   return {
       "silhouettes", "Silhouettes", fmt::format("Bars: the silhouettes of {} rows, by cluster.", rows),

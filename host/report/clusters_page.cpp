@@ -194,7 +194,7 @@ std::vector<ReportTable> tablesOf(const Clusters& result) {
                        {"silhouette", "silhouette", CellKind::Fixed, 3},
                        {"height", "height", CellKind::Number, 4},
                        {"asked", "cut"}}});
-  ReportTable rows{"rows", "Rows", samplingText(result.rows.size()), "rows", {{"row", rowHeading(result.used)}}};
+  ReportTable rows{"rows", "Rows", samplingText(result.rows.size()), "rows", {{"name", rowHeading(result.used)}}};
   if (!result.used.predictedRows.empty()) rows.columns.push_back({"role", "role"});
   if (!result.classColumn.empty()) rows.columns.push_back({"label", result.classColumn});
   if (result.method == ClusterMethod::Neighbours) {

@@ -1,5 +1,7 @@
 #include "host/report/colours.h"
 
+#include "host/json_writer.h"
+
 #include <fmt/format.h>
 
 #include <array>
@@ -44,45 +46,11 @@ std::string colourRules() {
       light, dark, light, dark, light);
 }
 
-Json colourNames() {
-  Json names = Json::object();
-  for (const Colour& colour : allColours()) names[colour.light] = colour.name;
-  return names;
-}
-
-Json chartConfig() {
-  constexpr const char* kFont = "system-ui, -apple-system, 'Segoe UI', Roboto, 'DejaVu Sans', sans-serif";
-  return {
-      {"background", "transparent"},
-      {"font", kFont},
-      {"aria", false},  // the page gives each figure one text
-      {"padding", 4},
-      {"view", {{"stroke", nullptr}, {"continuousHeight", 320}}},
-      {"axis",
-       {{"labelColor", kMuted.light},
-        {"titleColor", kInk.light},
-        {"titleFontWeight", "normal"},
-        {"titleFontSize", 12},
-        {"labelFontSize", 11},
-        {"labelLimit", 150},
-        {"domainColor", kLine.light},
-        {"tickColor", kLine.light},
-        {"gridColor", kGrid.light}}},
-      {"legend",
-       {{"labelColor", kInk.light},
-        {"titleColor", kInk.light},
-        {"titleFontWeight", "normal"},
-        {"labelFontSize", 12},
-        {"orient", "top"},
-        {"symbolStrokeWidth", 1.5},
-        {"labelLimit", 220}}},
-      {"title", {{"color", kInk.light}, {"fontSize", 12}, {"fontWeight", "normal"}, {"frame", "group"}, {"offset", 6}}},
-      {"header", {{"labelColor", kInk.light}, {"titleColor", kInk.light}, {"labelFontSize", 12}}},
-      {"text", {{"color", kInk.light}}},
-      {"rule", {{"color", kLine.light}}},
-      {"point", {{"filled", true}, {"size", 46}, {"opacity", 0.88}}},
-      {"bar", {{"color", kStrong.light}}},
-      {"line", {{"color", kStrong.light}, {"strokeWidth", 1.8}}}};
+std::string colourNames() {
+  JsonWriter names;
+  names.beginObject();
+  for (const Colour& colour : allColours()) names.key(colour.light).text(colour.name);
+  return names.endObject().take();
 }
 
 }  // namespace studystats

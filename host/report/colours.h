@@ -1,10 +1,8 @@
-// The colours of a report page, each once: for its style sheet, light and dark, and for its charts.
+// The colours of a report page: its style sheet has them from here, light and dark, its charts name the light ones.
 //
 // Hues after Okabe & Ito (2008), Color Universal Design: they differ for colour-blind eyes too. Shapes are the second
 // channel.
 #pragma once
-
-#include "host/json.h"
 
 #include <string>
 #include <vector>
@@ -38,10 +36,7 @@ const char* groupShape(std::size_t i);
 // The style sheet's custom properties, for light, dark and printed pages.
 std::string colourRules();
 
-// Of every chart: {"#0072b2": "strong", ...}, by which a page replaces colours by its custom properties.
-Json colourNames();
-
-// The look that all charts share.
-Json chartConfig();
+// JSON: {"#0072b2": "strong", ...}, by which a page replaces the colours of its charts by custom properties.
+std::string colourNames();
 
 }  // namespace studystats

@@ -209,7 +209,7 @@ Json distanceChart(const std::optional<double>& t2Limit, const std::optional<dou
   const Series model{"model", &kStrong, "circle"}, out{"predicted", &kOther, "triangle-up"};
   std::vector<Series> all{model};
   if (predicted) all.push_back(out);
-  const Json tooltip = tips({{"row", "row", false}, {"t2", "T²"}, {"q", "Q"}});
+  const Json tooltip = tips({{"name", "row", false}, {"t2", "T²"}, {"q", "Q"}});
   const Json x = fromZero("t2", "T², within the model plane"), y = fromZero("q", "Q, from the model plane");
   Json layers = Json::array();
   if (t2Limit) layers.push_back(limitLine("x", *t2Limit));

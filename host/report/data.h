@@ -3,6 +3,8 @@
 
 #include <studystats/host/report.h>
 
+#include "host/result/part.h"
+
 #include <limits>
 #include <optional>
 #include <string>
@@ -43,6 +45,17 @@ class ReportData {
   Table table_;
 };
 
+// A list of a result as data: numbers and texts, the elements of spread lists as columns of their own. What `keyField`
+// says of a record, behind `prefix`, is its key: marks and rows of equal keys light together.
+Table pageData(const ResultPart& list, const std::string& prefix, const std::string& keyField);
+
+// The same for a result's rows, as many as a page shows; the key is the row's place.
+Table pageRows(const ResultPart& rows);
+
+// The fields of these names as a table.
+ReportTable pageTable(const ResultPart& list, const std::string& title, const std::string& note,
+                      const std::vector<std::string>& fields);
+
 // Numbers 0 ... n - 1, or kMostReportRows of them spread evenly.
 std::vector<std::size_t> shownRows(std::size_t n);
 
@@ -63,7 +76,7 @@ ReportData rowData(const std::vector<Row>& rows) {
   ReportData data("rows");
   const std::vector<std::size_t> numbers = shownRows(rows.size());
   data.texts("key", numbers, [](std::size_t i) { return "r" + std::to_string(i); })
-      .texts("row", numbers, [&](std::size_t i) { return rows[i].name; })
+      .texts("name", numbers, [&](std::size_t i) { return rows[i].name; })
       .texts("role", numbers, [&](std::size_t i) { return rows[i].role == Role::Model ? "model" : "predicted"; });
   return data;
 }

@@ -70,7 +70,7 @@ ScorePlot scorePlot(const Discriminant& result) {
   for (const DiscriminantClass& one : result.classes) plot.groups.push_back(one.name);
   if (std::any_of(result.rows.begin(), result.rows.end(), [](const DiscriminantRow& row) { return row.known.empty(); }))
     plot.groups.push_back("unknown");
-  plot.tooltip = tips({{"row", "row", false},
+  plot.tooltip = tips({{"name", "row", false},
                        {"known", "class", false},
                        {"heldOutClass", "when left out", false},
                        {"predicted", "fitted", false},
@@ -178,7 +178,7 @@ ReportFigure distances(const Discriminant& result) {
         {"color", channel(colours)},
         {"shape", channel(shapes)},
         {"order", {{"condition", {{"test", "datum.verdict == 'wrong when left out'"}, {"value", 1}}}, {"value", 0}}},
-        {"tooltip", tips({{"row", "row", false},
+        {"tooltip", tips({{"name", "row", false},
                           {"known", "class", false},
                           {"heldOutClass", "when left out", false},
                           {"own", "to its own class"},

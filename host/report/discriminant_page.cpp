@@ -6,7 +6,7 @@
 #include "host/report/components.h"
 #include "host/report/data.h"
 #include "host/report/page_parts.h"
-#include "host/report/selection.h"
+#include "host/result/common.h"
 #include "host/text.h"
 
 #include <fmt/format.h>
@@ -182,11 +182,11 @@ Table stepsOf(const Discriminant& result) {
   return data.take();
 }
 
-Table selectionOf(const Discriminant& result) {
+ResultPart selectionOf(const Discriminant& result) {
   std::vector<Choice> choices;
   for (const ChosenDescriptor& one : result.descriptors)
     if (one.chosen || one.foldsChosen > 0) choices.push_back({one.name, one.foldsChosen, one.chosen});
-  return selectionData(std::move(choices));
+  return selectionFrequencyPart(std::move(choices), result.plan.folds);
 }
 
 std::vector<ReportTable> tablesOf(const Discriminant& result) {
@@ -209,12 +209,14 @@ std::vector<ReportTable> tablesOf(const Discriminant& result) {
                        {"descriptor", "descriptor"},
                        {"fraction", "correct, fitted", CellKind::Share},
                        {"distances", "sum of distances", CellKind::Number, 5}}});
-  if (selects(result) && result.validation) tables.push_back(selectionTable(result.plan.folds));
+  if (selects(result) && result.validation)
+    tables.push_back(
+        pageTable(selectionOf(result), "Selection frequency", "", {"descriptor", "in_model", "folds_chosen"}));
   ReportTable rows{"rows",
                    "Rows",
                    samplingText(result.rows.size()),
                    "rows",
-                   {{"row", rowHeading(result.used)}, {"known", result.classColumn}}};
+                   {{"name", rowHeading(result.used)}, {"known", result.classColumn}}};
   if (result.validation) {
     rows.columns.push_back({"heldOutClass", "put into, left out"});
     rows.columns.push_back({"verdict", "verdict"});
@@ -297,7 +299,7 @@ ReportPage reportPage(const Discriminant& result, const ReportContext& context) 
   if (!result.validation) page.banner = "Not validated: " + result.validation.error();
   page.frame = frameOf(result);
   page.data = {confusionOf(result), classesOf(result), rowsOf(result, colours),
-               circlesOf(result),   stepsOf(result),   selectionOf(result)};
+               circlesOf(result),   stepsOf(result),   pageData(selectionOf(result), "d:", "descriptor")};
   page.figures = discriminantFigures(result, page.data.back(), colours);
   page.tables = tablesOf(result);
   page.remarks = anchored(result.remarks, {{"unstable-selection", "selection-frequency"},

@@ -1,7 +1,7 @@
 // A page as one HTML file: its sentences as markup, its data and charts as JSON, its scripts and styles as they are.
 #include <studystats/host/report.h>
 
-#include "host/json.h"
+#include "host/json_writer.h"
 #include "host/report/colours.h"
 #include "host/report/page_files.h"
 
@@ -14,9 +14,8 @@ namespace {
 
 // Text as it may stand between tags and in attributes; bytes that are no UTF-8 become U+FFFD.
 std::string escaped(const std::string& text) {
-  const std::string valid = Json::parse(Json(text).dump(-1, ' ', false, Json::error_handler_t::replace));
   std::string result;
-  for (const char c : valid) switch (c) {
+  for (const char c : validUtf8(text)) switch (c) {
       case '&':
         result += "&amp;";
         break;
@@ -46,8 +45,7 @@ std::string unbroken(std::string text) {
 }
 
 // JSON that no HTML parser mistakes for the end of a script, and no script for the end of a line.
-std::string escapedJson(const Json& json) {
-  const std::string text = json.dump(-1, ' ', false, Json::error_handler_t::replace);
+std::string escapedJson(const std::string& text) {
   std::string result;
   result.reserve(text.size());
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -115,6 +113,7 @@ std::string definitions(const std::vector<ReportEntry>& entries) {
 const char* nameOf(CellKind kind) {
   switch (kind) {
     case CellKind::Text:
+    case CellKind::Flag:
       return "text";
     case CellKind::Whole:
       return "whole";
@@ -124,6 +123,8 @@ const char* nameOf(CellKind kind) {
       return "number";
     case CellKind::Fixed:
       return "fixed";
+    case CellKind::Explained:
+      return "explained";
     case CellKind::Probability:
       return "probability";
     case CellKind::Share:
@@ -136,42 +137,44 @@ const char* nameOf(CellKind kind) {
   return "";
 }
 
-Json jsonColumns(const Table& data) {
-  Json columns = Json::array();
-  for (const TableColumn& column : data.columns) {
-    Json values = column.kind == ColumnKind::Numeric ? jsonNumbers(column.numbers) : Json(column.texts);
-    columns.push_back({{"field", column.name}, {"values", std::move(values)}});
-  }
-  return columns;
+void writeFigure(const ReportFigure& figure, JsonWriter& json) {
+  json.beginObject();
+  json.key("name").text(figure.name).key("title").text(figure.title).key("alternative").text(figure.alternative);
+  json.key("caption").text(figure.caption).key("wide").flag(figure.wide).key("chart").raw(figure.chart).endObject();
 }
 
-Json pageJson(const ReportPage& page) {
-  Json json{{"analysis", page.analysis}, {"palette", colourNames()}, {"config", chartConfig()}};
-  json["figures"] = Json::array();
-  for (const ReportFigure& figure : page.figures)
-    json["figures"].push_back({{"name", figure.name},
-                               {"title", figure.title},
-                               {"alternative", figure.alternative},
-                               {"caption", figure.caption},
-                               {"wide", figure.wide},
-                               {"chart", Json::parse(figure.chart)}});
-  json["tables"] = Json::array();
-  for (const ReportTable& table : page.tables) {
-    Json columns = Json::array();
-    for (const ReportColumn& column : table.columns)
-      columns.push_back({{"field", column.field},
-                         {"heading", column.heading},
-                         {"kind", nameOf(column.kind)},
-                         {"digits", column.digits}});
-    json["tables"].push_back({{"name", table.name},
-                              {"title", table.title},
-                              {"note", table.note},
-                              {"data", table.data},
-                              {"columns", std::move(columns)}});
+void writeTable(const ReportTable& table, JsonWriter& json) {
+  json.beginObject().key("name").text(table.name).key("title").text(table.title).key("note").text(table.note);
+  json.key("data").text(table.data).key("columns").beginList();
+  for (const ReportColumn& column : table.columns) {
+    json.beginObject().key("field").text(column.field).key("heading").text(column.heading);
+    json.key("kind").text(nameOf(column.kind)).key("digits").whole(column.digits).endObject();
   }
-  json["data"] = Json::array();
-  for (const Table& data : page.data) json["data"].push_back({{"name", data.name}, {"columns", jsonColumns(data)}});
-  return json;
+  json.endList().endObject();
+}
+
+void writeData(const Table& data, JsonWriter& json) {
+  json.beginObject().key("name").text(data.name).key("columns").beginList();
+  for (const TableColumn& column : data.columns) {
+    json.beginObject().key("field").text(column.name).key("values").beginList();
+    for (const double number : column.numbers) json.number(number);
+    for (const std::string& text : column.texts) json.text(text);
+    json.endList().endObject();
+  }
+  json.endList().endObject();
+}
+
+std::string pageJson(const ReportPage& page) {
+  JsonWriter json;
+  json.beginObject(true).key("analysis").text(page.analysis);
+  json.key("palette").raw(colourNames()).key("config").raw(page_files::config());
+  json.key("figures").beginList(true);
+  for (const ReportFigure& figure : page.figures) writeFigure(figure, json);
+  json.endList().key("tables").beginList(true);
+  for (const ReportTable& table : page.tables) writeTable(table, json);
+  json.endList().key("data").beginList(true);
+  for (const Table& data : page.data) writeData(data, json);
+  return json.endList().endObject().take();
 }
 
 // The template with each {{name}} replaced, once: what is put in is not looked at again.

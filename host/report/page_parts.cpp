@@ -2,6 +2,7 @@
 
 #include "host/preparation/used_text.h"
 #include "host/report/data.h"
+#include "host/result/common.h"
 #include "host/text.h"
 
 #include <fmt/format.h>
@@ -104,20 +105,16 @@ void remarkOnSampling(std::size_t rows, ReportPage& page) {
                           "rows"});
 }
 
-std::string explainedText(double value) {
-  const std::string text = fixed(std::abs(value), value > 0.9995 && value < 1 ? 6 : value > 0.995 && value < 1 ? 4 : 3);
-  return (value < 0 ? "−" : "") + text;
-}
+std::string explainedText(double value) { return (value < 0 ? "−" : "") + explained(std::abs(value)); }
 
 ReportColumn columnOfSize(std::string field, std::string heading, double spread) {
   const double decimals = 2 - std::floor(std::log10(spread));
   if (decimals > 12) return {std::move(field), std::move(heading), CellKind::Number, 4};
   return {std::move(field), std::move(heading), CellKind::Fixed, static_cast<int>(std::max(0.0, decimals))};
 }
-
 std::string nameOfTable(const UsedData& used) { return shownTable(used); }
 
-std::string rowHeading(const UsedData& used) { return used.idColumn.empty() ? "row" : used.idColumn; }
+std::string rowHeading(const UsedData& used) { return headingOfRows(used); }
 
 std::string madeFrom(const UsedData& used) {
   return fmt::format("{}: {}, {}", shownTable(used), counted(used.rows.size(), "row", "rows"),

@@ -124,7 +124,7 @@ Table sharesOf(const PrincipalComponents& result) {
 }
 
 Json rowTips(const PrincipalComponents& result) {
-  Json list = tips({{"row", "row", false}});
+  Json list = tips({{"name", "row", false}});
   if (!result.classColumn.empty())
     list.push_back({{"field", "label"}, {"type", "nominal"}, {"title", result.classColumn}});
   for (const Json& tip : tips({{"x", "across"}, {"y", "up"}, {"t2", "T²"}, {"q", "Q"}})) list.push_back(tip);
@@ -344,7 +344,7 @@ std::vector<ReportTable> tablesOf(const PrincipalComponents& result) {
                        "",
                        "loadings",
                        {{"descriptor", "descriptor"}, {"explained", "explained", CellKind::Share}}};
-  ReportTable rows{"rows", "Rows", samplingText(result.rows.size()), "rows", {{"row", rowHeading(result.used)}}};
+  ReportTable rows{"rows", "Rows", samplingText(result.rows.size()), "rows", {{"name", rowHeading(result.used)}}};
   if (!result.used.predictedRows.empty()) rows.columns.push_back({"role", "role"});
   if (!result.classColumn.empty()) rows.columns.push_back({"label", result.classColumn});
   rows.columns.push_back({"t2", "T²", CellKind::Number, 3});

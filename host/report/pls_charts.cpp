@@ -159,7 +159,7 @@ ScorePlot scorePlot(const Pls& result) {
     plot.titles.push_back(fmt::format("t{} ({} of X)", a + 1, percent(result.explained[a] - before)));
   }
   plot.radii = ellipseRadii(scoreVariances(result), result.used.rows.size(), result.level);
-  plot.tooltip = tips({{"row", "row", false}, {"x", "across"}, {"y", "up"}, {"t2", "T²"}, {"q", "Q"}});
+  plot.tooltip = tips({{"name", "row", false}, {"x", "across"}, {"y", "up"}, {"t2", "T²"}, {"q", "Q"}});
   return plot;
 }
 

@@ -112,8 +112,8 @@ Table rowsOf(const Pls& result, const ColouringColumns& colours) {
       return a && b ? std::optional(*a - *b) : std::nullopt;
     };
     data.numbers(fieldOf("observed", k, count), rows, [k](Row row) { return row->observed[k]; })
-        .numbers(fieldOf("heldOut", k, count), rows, [&, k](Row row) { return heldOutOf(result, *row, k); })
-        .numbers(fieldOf("heldOutError", k, count), rows,
+        .numbers(fieldOf("held_out", k, count), rows, [&, k](Row row) { return heldOutOf(result, *row, k); })
+        .numbers(fieldOf("held_out_residual", k, count), rows,
                  [&, k](Row row) { return less(row->observed[k], heldOutOf(result, *row, k)); })
         .numbers(fieldOf("fitted", k, count), rows, [k](Row row) { return row->fitted[k]; })
         .numbers(fieldOf("residual", k, count), rows,
@@ -185,7 +185,7 @@ std::vector<ReportTable> tablesOf(const Pls& result) {
                           "",
                           "descriptors",
                           {{"descriptor", "descriptor"}, {"vip", "VIP", CellKind::Fixed, 2}}};
-  ReportTable rows{"rows", "Rows", samplingText(result.rows.size()), "rows", {{"row", rowHeading(result.used)}}};
+  ReportTable rows{"rows", "Rows", samplingText(result.rows.size()), "rows", {{"name", rowHeading(result.used)}}};
   if (!result.used.predictedRows.empty()) rows.columns.push_back({"role", "role"});
   for (std::size_t k = 0; k < count; ++k) {
     const PlsResponse& response = result.responses[k];
@@ -194,8 +194,9 @@ std::vector<ReportTable> tablesOf(const Pls& result) {
     descriptors.columns.push_back({fieldOf("error", k, count), whose + "jackknife error", CellKind::Number, 3});
     descriptors.columns.push_back({fieldOf("prepared", k, count), whose + "prepared", CellKind::Bar, 3});
     rows.columns.push_back({fieldOf("observed", k, count), whose + "observed", CellKind::Value, 8});
-    rows.columns.push_back(columnOfSize(fieldOf("heldOut", k, count), whose + "held out", response.sd));
-    rows.columns.push_back(columnOfSize(fieldOf("heldOutError", k, count), whose + "error, held out", response.sd));
+    rows.columns.push_back(columnOfSize(fieldOf("held_out", k, count), whose + "held out", response.sd));
+    rows.columns.push_back(
+        columnOfSize(fieldOf("held_out_residual", k, count), whose + "error, held out", response.sd));
     rows.columns.push_back(columnOfSize(fieldOf("fitted", k, count), whose + "fitted", response.sd));
   }
   rows.columns.push_back({"fold", "fold", CellKind::Whole});

@@ -7,10 +7,7 @@
 
 namespace studystats {
 
-// Of `rows`, `coefficients`, `selection` and `steps`, what the result has figures for.
-std::vector<ReportFigure> regressionFigures(const Regression& result, const std::vector<Table>& data);
-
-// The part of the response's sum of squares that the model explains after each step.
-std::vector<double> r2OfSteps(const Regression& result);
+// Of its data, what the result has figures for.
+std::vector<ReportFigure> regressionFigures(const Regression& result, const Table& rows, const Table& selection);
 
 }  // namespace studystats

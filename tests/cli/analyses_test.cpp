@@ -68,7 +68,7 @@ TEST(MlrCommand, WritesWhatWasAskedFor) {
   EXPECT_NEAR(json["validation"]["press"].get<double>(), 149.10, 0.005);  // published, leave-one-out
   const std::string rows = readText("rows.csv");
   EXPECT_EQ(std::count(rows.begin(), rows.end(), '\n'), 1 + 13);
-  for (const char* name : {"coefficients.csv", "rows.csv", "selection.csv", "steps.csv"})
+  for (const char* name : {"coefficients.csv", "preparation.csv", "rows.csv", "selection_frequency.csv", "steps.csv"})
     EXPECT_TRUE(std::filesystem::exists(folder.path() / "tables" / name)) << name;
 
   const Outcome random =

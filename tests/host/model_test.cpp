@@ -48,8 +48,7 @@ TEST(Model, OfARegressionPredictsItsTrainingRowsToTheBit) {
        .derivations = {{Derivation::Kind::Quadratic, {"clogp", "polar_area", "tpsa"}}}}};
   for (const DataOptions& data : preparations) {
     const Table table = example("bloodbrain.csv");
-    const Regression result =
-        regress(table, {.response = "logBBB", .maxSteps = 14, .data = data});
+    const Regression result = regress(table, {.response = "logBBB", .maxSteps = 14, .data = data});
     const std::vector<Prediction> predictions = travelled(result.model).predict(table);
     ASSERT_EQ(predictions.size(), 208u);
     for (std::size_t i = 0; i < predictions.size(); ++i) {

@@ -9,6 +9,7 @@
 #include <limits>
 
 #include "tests/analyses/calls.h"
+#include "tests/host/documented.h"
 #include "tests/host/draws.h"
 
 namespace studystats {
@@ -244,6 +245,26 @@ TEST(Regression, RefusesWithASentence) {
   for (const auto& [said, expected] : cases) EXPECT_TRUE(said.starts_with(expected)) << said << "\nwanted " << expected;
   const Regression all = regress(cement, {.response = "y", .folds = Folds::systematic(13)});
   EXPECT_EQ(all.plan.kind, Folds::Kind::LeaveOneOut);
+}
+
+TEST(Regression, WritesTheJsonThatIsDocumented) {
+  test::Documented document("mlr");
+  const Table blood = example("bloodbrain.csv"), air = example("airquality.csv"), cement = example("cement.csv");
+  document.compare(toJson(regress(blood, {.response = "logBBB", .maxSteps = 12, .data = {.test = {.rows = {3, 5}}}})));
+  document.compare(toJson(regress(air, {.response = "Ozone",
+                                        .folds = Folds::random({5, 0.2}),
+                                        .data = {.transforms = {{.column = "Wind"}}, .derivations = {{}}}})));
+  document.compare(toJson(regress(air, {.response = "Ozone", .data = {.missing = {.rule = Missing::Rule::FillMean}}})));
+  document.compare(
+      toJson(regress(cement, {.response = "y", .selection = Selection::All, .folds = Folds::leaveOneOut()})));
+  Table twins = cement;  // rows held out leave two columns equal: not validated
+  twins.columns.push_back({.name = "x5", .numbers = twins.find("x4")->numbers});
+  twins.columns.back().numbers.back() += 1;
+  const Regression abandoned =
+      regress(twins, {.response = "y", .selection = Selection::All, .corrLimit = 1, .folds = Folds::leaveOneOut()});
+  ASSERT_FALSE(abandoned.validation);
+  document.compare(toJson(abandoned));
+  document.expectAllSeen();
 }
 
 }  // namespace

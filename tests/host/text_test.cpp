@@ -53,6 +53,11 @@ TEST(Numbers, KeepTheDigitsAskedFor) {
   EXPECT_EQ(sized(3.14159, 12.5, 4), "3.14");
   EXPECT_EQ(sized(3.14159e-21, 2.7e-20, 4), "3.142e-21");
   EXPECT_EQ(sized(-12345.6, 99999, 3), "-12346");
+  EXPECT_EQ(explained(0.9944), "0.994");
+  EXPECT_EQ(explained(0.9955), "0.9955");  // more where three decimals hide what is missing to 1
+  EXPECT_EQ(explained(0.99998), "0.999980");
+  EXPECT_EQ(explained(1), "1.000");
+  EXPECT_EQ(explained(-0.25), "-0.250");
   EXPECT_EQ(percent(0.3619), "36.2 %");
   EXPECT_EQ(percent(0.95, 0), "95 %");
 }

@@ -250,6 +250,23 @@ test("An abandoned validation has a banner and no q² anywhere", async () => {
   await close(page);
 });
 
+test("Charts can be drawn as they lie in their folder, with their sample data", async () => {
+  const page = await opened("charts", "mlr", example("cement.csv"), "--response", "y");
+  const folder = path.join(__dirname, "../../report/charts");
+  for (const name of fs.readdirSync(folder)) {
+    const chart = JSON.parse(fs.readFileSync(path.join(folder, name), "utf8"));
+    const marks = await page.evaluate(async drawn => {
+      const node = document.querySelector("main").appendChild(document.createElement("div"));
+      node.style.width = "500px";
+      await vegaEmbed(node, drawn, {renderer: "svg", actions: false});
+      return node.querySelectorAll(".role-mark > *").length;
+    }, {...chart, width: 500});
+    assert.ok(marks > 2, `${name} has ${marks} marks`);
+    assert.deepEqual(page.said.splice(0), [], name);
+  }
+  await close(page);
+});
+
 test("More than 5,000 rows are sampled, the page says so and still lights each", async () => {
   const table = path.join(folder, "many.csv");
   const lines = Array.from({length: 6000}, (_, i) => `${i % 89},${(i * i) % 97},${(i * 7) % 83},${i % 13}`);

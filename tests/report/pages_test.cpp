@@ -1,6 +1,7 @@
 // What stands on the pages of all analyses: charts and tables over data that exist, links that lead somewhere, figures
 // of a validation only where there was one.
 #include "tests/report/pages.h"
+#include "host/report/colours.h"
 
 #include <algorithm>
 #include <functional>
@@ -13,11 +14,22 @@ namespace {
 
 using Json = nlohmann::json;
 
-// Every string below a key of this name.
+// Every string below a key of this name, alone or in a list.
 void collect(const Json& value, const std::string& key, std::set<std::string>& found) {
-  if (value.is_object() && value.contains(key) && value[key].is_string()) found.insert(value[key].get<std::string>());
+  if (value.is_object() && value.contains(key)) {
+    const Json& named = value[key];
+    for (const Json& one : named.is_array() ? named : Json::array({named}))
+      if (one.is_string()) found.insert(one.get<std::string>());
+  }
   if (value.is_structured())
     for (const Json& part : value) collect(part, key, found);
+}
+
+// Every string, wherever it stands.
+void collectStrings(const Json& value, std::set<std::string>& found) {
+  if (value.is_string()) found.insert(value.get<std::string>());
+  if (value.is_structured())
+    for (const Json& part : value) collectStrings(part, found);
 }
 
 void collectDataNames(const Json& value, std::set<std::string>& found) {
@@ -57,6 +69,8 @@ std::set<std::string> fieldsOf(const ReportPage& page, const Json& chart) {
 }
 
 TEST(Pages, ShowOnlyDataThatTheyHold) {
+  constexpr const char* kFieldLetters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_";
+  const Json palette = Json::parse(colourNames());
   for (const auto& [what, page] : pagesOfEveryAnalysis()) {
     SCOPED_TRACE(what);
     EXPECT_FALSE(page.answer.empty());
@@ -69,6 +83,16 @@ TEST(Pages, ShowOnlyDataThatTheyHold) {
       const Json chart = Json::parse(figure.chart);
       std::set<std::string> used;
       collect(chart, "field", used);
+      std::set<std::string> texts;
+      collectStrings(chart, texts);
+      for (const std::string& text : texts) {
+        for (std::size_t at = 0; (at = text.find("datum.", at)) != std::string::npos;) {
+          at += 6;
+          used.insert(text.substr(at, text.find_first_not_of(kFieldLetters, at) - at));
+        }
+        const bool colour = text.size() == 7 && text[0] == '#';
+        EXPECT_TRUE(!colour || palette.contains(text)) << text << " has no counterpart on a dark page";
+      }
       const std::set<std::string> known = fieldsOf(page, chart);
       for (const std::string& field : used) EXPECT_TRUE(known.contains(field)) << field;
     }
@@ -101,9 +125,15 @@ TEST(Pages, AreWrittenAsChartsThatHoldTheirData) {
   }
 }
 
-std::string everything(const ReportPage& page) {
-  ReportPage plain = page;
-  return reportHtml(plain, {});
+// What can be read on a page: all but the charts, which draw only the series that they are given.
+std::string everything(ReportPage page) {
+  for (ReportFigure& figure : page.figures) {
+    for (const Json& param : Json::parse(figure.chart).value("params", Json::array()))
+      if (param["name"] == "series")
+        for (const Json& series : param["value"]) figure.caption += ' ' + series.get<std::string>();
+    figure.chart = "{}";
+  }
+  return reportHtml(page, {});
 }
 
 // Rows of which one decides: left out, a and b are equal.
@@ -129,7 +159,8 @@ TEST(Pages, OfAnAbandonedValidationHaveItsReasonAndNoneOfItsFigures) {
 
   const std::string validated =
       everything(reportPage(regress(abandoned(), {.response = "y", .folds = Folds::systematic(2)})));
-  EXPECT_NE(validated.find("q²"), std::string::npos) << "else the search above finds nothing anywhere";
+  for (const char* figure : {"q²", "PRESS", "held out"})
+    EXPECT_NE(validated.find(figure), std::string::npos) << figure << ": else the search above finds nothing anywhere";
   EXPECT_EQ(validated.find("role=\"alert\">"), std::string::npos);
 }
 
@@ -206,7 +237,7 @@ TEST(Pages, DrawManyRowsEvenlyAndSaySo) {
   }
   table.columns = {std::move(x), std::move(y)};
   const ReportPage page = reportPage(regress(table, {.response = "y", .folds = Folds::systematic(2)}));
-  const std::vector<std::string>& rows = dataOf(page, "rows")->find("row")->texts;
+  const std::vector<std::string>& rows = dataOf(page, "rows")->find("name")->texts;
   ASSERT_EQ(rows.size(), kMostReportRows);
   for (std::size_t k = 1; k < rows.size(); ++k) {
     const long gap = std::stol(rows[k]) - std::stol(rows[k - 1]);
@@ -230,7 +261,7 @@ TEST(Pages, ColourEachRowByItsOwnCell) {
   ASSERT_EQ(rows.rows(), 149u);
   for (const std::size_t k : {0u, 1u, 2u, 3u, 148u}) {
     const std::size_t row = k < 2 ? k : k + 1;
-    EXPECT_EQ(rows.find("row")->texts[k], table.columns[0].texts[row]);
+    EXPECT_EQ(rows.find("name")->texts[k], table.columns[0].texts[row]);
     EXPECT_EQ(rows.find("c0")->numbers[k], table.columns[1].numbers[row]);
   }
 }

@@ -29,12 +29,6 @@ struct ReportContext {
   const DataOptions* preparation = nullptr;  // how the table was prepared, for what a page computes itself
 };
 
-// "fitted | cross-validated" in one frame: a heading a column, the first column says what is measured.
-struct ReportFrame {
-  std::vector<std::string> headings;
-  std::vector<std::vector<std::string>> rows;
-};
-
 struct ReportFigure {
   std::string name;  // its anchor and its file, "observed-predicted"
   std::string title;
@@ -42,19 +36,6 @@ struct ReportFigure {
   std::string caption;      // how it is read
   std::string chart;        // Vega-Lite JSON; its data are the page's, by name
   bool wide = false;        // takes the page's whole width
-};
-
-// How the cells of a column are shown.
-enum class CellKind {
-  Text,
-  Whole,        // a whole number
-  Value,        // as many of `digits` significant digits as it has
-  Number,       // `digits` significant digits, zeros at the end included
-  Fixed,        // `digits` decimals
-  Probability,  // four decimals, or <0.0001
-  Share,        // of 1, as percent with a bar
-  Bar,          // `digits` decimals, with a bar to both sides of zero
-  Count,        // a whole number out of `digits`, "5 of 7", with a bar
 };
 
 struct ReportColumn {
