@@ -1,4 +1,5 @@
 // Stepwise regression through the host layer, against R, certified values and its own definitions.
+#include <studystats/analyses.h>
 #include <studystats/host.h>
 #include <studystats/host/host_monitor.h>
 
@@ -212,6 +213,27 @@ TEST(Regression, StopsAtAnyReportAndRunsAgainAsIfNothingHadBeen) {
                       .progress = [](const Progress& p) { return p.stage == "folds" ? throw Upset() : true; }}),
       Upset);
   EXPECT_EQ(regress(table, {.response = "y"}).validation->press, whole.validation->press);
+}
+
+// An analysis neither waits for one that runs, nor moves the generator that the application draws from.
+TEST(Regression, SharesNothingWithTheApplication) {
+  const Table table = example("cement.csv");
+  const RegressionOptions drawn{.response = "y", .folds = Folds::random({.draws = 6, .heldOut = 0.25}, 3)};
+  const double alone = regress(table, drawn).validation->press;
+  Nmrrst();
+  Nmrand(7);
+  const float next = Nmrand(0);
+  Nmrrst();
+  Nmrand(7);
+  double within = 0;
+  RegressionOptions outer = drawn;
+  outer.progress = [&](const Progress& progress) {
+    if (progress.stage == "folds" && progress.done == 2) within = regress(table, drawn).validation->press;
+    return true;
+  };
+  EXPECT_EQ(regress(table, outer).validation->press, alone);
+  EXPECT_EQ(within, alone);
+  EXPECT_EQ(Nmrand(0), next);
 }
 
 TEST(Regression, ReportsToAnApplicationsOwnWindow) {
