@@ -86,6 +86,16 @@ struct PlainModel {
     return sums;
   }
 
+  // The same for one number of components, by a fold's equation in table units.
+  double byEquation(const engine::PartialLeastSquaresFold& fold, std::int32_t i, std::int32_t a, std::int32_t k) const {
+    double sum = fold.intercepts[size(a + nComponents * k)];
+    for (std::int32_t j = 0; j < data.p; ++j) {
+      const double x = prepared(i, j) * scale[size(j)] + shift[size(j)];
+      sum += fold.coefficients[size(j + data.p * (a + nComponents * k))] * x;
+    }
+    return sum;
+  }
+
   // Descriptor, component, response; table units.
   Numbers tableCoefficients() const {
     Numbers table = coefs;
@@ -107,6 +117,19 @@ void expectNear(std::span<const double> found, const Numbers& expected, double r
     difference = std::max(difference, std::fabs(found[i] - expected[i]));
   }
   EXPECT_LE(difference, relative * largest) << what;
+}
+
+// Root((G - 1) / G * sum (b - mean)^2).
+Numbers jackknifeErrors(const std::vector<Numbers>& coefs) {
+  Numbers errors;
+  const auto folds = static_cast<double>(coefs.size());
+  for (std::size_t e = 0; e < coefs[0].size(); ++e) {
+    double mean = 0, squares = 0;
+    for (const Numbers& fold : coefs) mean += fold[e] / folds;
+    for (const Numbers& fold : coefs) squares += std::pow(fold[e] - mean, 2);
+    errors.push_back(std::sqrt(squares * (folds - 1) / folds));
+  }
+  return errors;
 }
 
 constexpr engine::Preparation kPreparations[] = {
@@ -153,29 +176,14 @@ TEST(PartialLeastSquares, PreparesEveryFitByItsOwnRowsAlone) {
           const Numbers predicted = plain.predictions(row, k);
           for (std::int32_t c = 0; c < a; ++c) {
             EXPECT_NEAR(fold.prediction(i, c, k), predicted[size(c)], 1e-10) << at;
-            press[size(c + a * k)] +=
-                std::pow(data.cells[size(row) + size(data.p + k) * size(data.n)] - predicted[size(c)], 2);
-            double sum = fold.intercepts[size(c + a * k)];
-            for (std::int32_t j = 0; j < data.p; ++j) {
-              const double x = plain.prepared(row, j) * plain.scale[size(j)] + plain.shift[size(j)];
-              sum += fold.coefficients[size(j + data.p * (c + a * k))] * x;
-            }
-            EXPECT_NEAR(sum, fold.prediction(i, c, k), 1e-10) << "by the equation " << at;
+            EXPECT_NEAR(fold.prediction(i, c, k), plain.byEquation(fold, row, c, k), 1e-10) << at;
+            press[size(c + a * k)] += std::pow(plain.cell(row, data.p + k) - predicted[size(c)], 2);
           }
         }
     };
     ASSERT_EQ(pls.validate(folds.source(), {}, keep), Status::Done);
     expectNear(pls.validation().press, press, 1e-10, "press");
-
-    // Jackknife: root((G - 1) / G * sum (b - mean)^2).
-    Numbers errors;
-    for (std::size_t e = 0; e < coefs[0].size(); ++e) {
-      double mean = 0, squares = 0;
-      for (const Numbers& fold : coefs) mean += fold[e] / nFolds;
-      for (const Numbers& fold : coefs) squares += std::pow(fold[e] - mean, 2);
-      errors.push_back(std::sqrt(squares * (nFolds - 1) / nFolds));
-    }
-    expectNear(pls.validation().coefficientErrors, errors, 1e-9, "errors");
+    expectNear(pls.validation().coefficientErrors, jackknifeErrors(coefs), 1e-9, "errors");
   }
 }
 

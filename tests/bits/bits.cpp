@@ -2,6 +2,7 @@
 // each case. The program is linked with the library compiled in several ways; the outputs must be equal.
 
 #include <studystats/analyses.h>
+#include <studystats/engine.h>
 #include <studystats/utilities.h>
 
 #include <bit>
@@ -223,6 +224,32 @@ void partialLeastSquares(Hash& hash) {
   }
 }
 
+// What the entry points do not do: folds that fill, centre and scale their own training rows.
+void preparedFolds(Hash& hash) {
+  namespace engine = studystats::engine;
+  Inputs inputs(10);
+  const std::int32_t n = 70, p = 19, folds = 6;
+  std::vector<double> data = inputs.table(n, p + 1);
+  for (std::size_t e = 3; e < static_cast<std::size_t>(n) * static_cast<std::size_t>(p); e += 41) data[e] = NAN;
+  const engine::Table table{data.data(), n, p + 1, n};
+  engine::Generator generator(4);
+  const engine::Folds drawn = engine::Folds::drawn(n, folds, 11, generator);
+  for (const engine::Scaling scaling : {engine::Scaling::Autoscale, engine::Scaling::Pareto, engine::Scaling::Range}) {
+    const engine::Preparation preparation{{true, scaling}, {true, scaling}, engine::Filling::Median, 0};
+    engine::PartialLeastSquares pls(
+        {.table = table, .components = 4, .preparation = preparation, .coefficientErrors = true});
+    engine::Regression regression({.table = table, .preparation = preparation}, folds);
+    hash.add(static_cast<std::int32_t>(pls.fit()));
+    hash.add(static_cast<std::int32_t>(regression.fit()));
+    pls.validate(drawn.source());
+    regression.validate(drawn.source());
+    for (const auto& numbers : {pls.model().rotations, pls.validation().press, pls.validation().coefficientErrors,
+                                regression.model().model.coefficients, regression.validation().spreads})
+      for (const double x : numbers) hash.add(x);
+    hash.add(regression.validation().press);
+  }
+}
+
 struct Case {
   const char* name;
   void (*run)(Hash&);
@@ -237,6 +264,7 @@ const Case kCases[] = {
     {"principal_components", principalComponents},
     {"discrimination", discrimination},
     {"partial_least_squares", partialLeastSquares},
+    {"prepared_folds", preparedFolds},
     {"distances", distances},
 };
 
