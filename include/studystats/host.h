@@ -8,7 +8,7 @@
 // hold and never point into a table. Not-a-number stands only where a cell truly is none; what can be absent is
 // std::optional. Nothing here writes to a stream: what is worth saying stands in `remarks`, what went wrong is thrown
 // as an Error. Options take designated initialisers: what has a default may be left out (members of class type carry {}
-// so that g++ -Wextra agrees). Functions may be called from any thread, side by side: they share nothing with each other
+// so that g++ -Wextra agrees). Functions may be called from any thread, side by side: nothing is shared between them,
 // nor with analyses.h. An application that has an ISBProgressMonitor takes host/host_monitor.h besides.
 #pragma once
 
