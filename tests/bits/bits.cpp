@@ -244,7 +244,7 @@ void preparedFolds(Hash& hash) {
     pls.validate(drawn.source());
     regression.validate(drawn.source());
     for (const auto& numbers : {pls.model().rotations, pls.validation().press, pls.validation().coefficientErrors,
-                                regression.model().model.coefficients, regression.validation().spreads})
+                                regression.model().equation.coefficients, regression.validation().spreads})
       for (const double x : numbers) hash.add(x);
     hash.add(regression.validation().press);
   }
