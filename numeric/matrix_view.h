@@ -13,7 +13,7 @@ struct MatrixView {
 
   Real& operator()(std::ptrdiff_t i, std::ptrdiff_t j) const { return data[i + j * ld]; }
   Real* column(std::ptrdiff_t j) const { return data + j * ld; }
-  MatrixView block(std::ptrdiff_t i, std::ptrdiff_t j) const { return {&(*this)(i, j), ld}; }
+  MatrixView block(std::ptrdiff_t i, std::ptrdiff_t j) const { return {data + i + j * ld, ld}; }
 };
 
 using Matrix = MatrixView<double>;
